@@ -1,0 +1,34 @@
+/// What a short-lived program without a polling thread needs.
+///
+///     if (IpmiIfcOpenIpmiOpen(0) < 0 || IpmiIfcInitForCLI(0) != 0)
+///         return 1;             // errno tells why the device does not open
+///     int code = IpmiIfcReadDeviceId(0);
+///     ...                       // IpmiIfc::GetBmcFWVersion(), sendCmd, ...
+///     IpmiIfcCloseForCLI(0);
+///     IpmiIfcOpenIpmiClose(0);
+#ifndef VEK_IPMI_IPMICOMMANDLINE_H
+#define VEK_IPMI_IPMICOMMANDLINE_H
+
+namespace Ipmi
+{
+
+/// Opens "/dev/ipmi0". Returns its descriptor, or -1 with errno set.
+int IpmiIfcOpenIpmiOpen(int node);
+void IpmiIfcOpenIpmiClose(int node);
+
+/// Puts the node into command-line mode on the device as it is open.
+/// Returns 0, -1 without a wake-up pipe, -2 when the driver refuses its
+/// address.
+int IpmiIfcInitForCLI(int node);
+void IpmiIfcCloseForCLI(int node);
+
+/// Each sends what it is named after and keeps a good answer for the getters
+/// of IpmiIfc. Returns the completion code, 0xFF without an answer.
+int IpmiIfcReadDeviceId(int node);
+int IpmiIfcReadSelfTest(int node);
+int IpmiIfcReadOS_Name(int node);
+int IpmiIfcReadOS_Version(int node);
+
+} // namespace Ipmi
+
+#endif

@@ -1,0 +1,223 @@
+/// The facade of the library: one class of static operations.
+///
+/// A caller gives the library one thread, on which it calls IpmiIfc::start;
+/// that thread then polls the controller until another thread calls
+/// IpmiIfc::stop. All other operations may be called from any thread.
+///
+/// Every operation that takes a node number has a form without it, which
+/// means node 0. The node table has four records, but everything in this
+/// header serves node 0, whatever number it is given; the number appears in
+/// log lines.
+///
+/// The library logs through syslog and never calls openlog.
+#ifndef VEK_IPMI_IPMIIFC_H
+#define VEK_IPMI_IPMIIFC_H
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include <vek-ipmi/CmpiStatus.h>
+
+namespace Ipmi
+{
+
+/// Get Device ID response as received (IPMI v2.0, 20.1); bytes that the
+/// controller did not send are 0.
+struct ipmiifc_device_id
+{
+    uint8_t completionCode;
+    uint8_t deviceId;
+    uint8_t deviceRevision;
+    uint8_t firmwareRevision1; ///< Bit 7: device not available; 6..0: major.
+    uint8_t firmwareRevision2; ///< Minor, BCD.
+    uint8_t ipmiVersion;       ///< BCD, low nibble major, high nibble minor.
+    uint8_t additionalDeviceSupport;
+    uint8_t manufacturerId[3]; ///< IANA enterprise number, LS byte first.
+    uint8_t productId[2];      ///< LS byte first.
+    uint8_t auxiliaryFirmwareRevision[4];
+};
+
+enum LogLvl
+{
+    LOG_LVL_ERROR = 3,
+    LOG_LVL_WARNING = 4,
+    LOG_LVL_INFO = 6,
+    LOG_LVL_DEBUG = 7
+};
+
+/// Lets every syslog priority through, whatever level is given: callers rely
+/// on finding the library's debug lines once they have called it.
+void SetLogLevel(LogLvl level);
+
+/// On periodic passes the SDR repository is read again every this many passes
+/// (sensor readings are refreshed on the others), and the FRU inventory is
+/// refreshed every this many passes. The first pollAll of a process multiplies
+/// both by its node count. A step of 0 counts as 1.
+extern std::atomic<int> SKIP_SDR_STEP;
+extern std::atomic<int> SKIP_FRU_STEP;
+
+class IpmiIfc
+{
+public:
+    /// Single bits, so that a wait can name several.
+    enum IPMI_STATE
+    {
+        STATE_INITIAL = 1,
+        STATE_STARTING = 2,
+        STATE_RUNNING = 4,
+        STATE_STOPPED = 8,
+        STATE_CLI = 16 ///< Command-line mode (IpmiCommandLine.h).
+    };
+
+    enum IPMI_POLL_TYPE
+    {
+        POLL_NONE = 0,     ///< The wake-up performs no poll.
+        POLL_NORMAL = 1,   ///< As if the polling interval had passed.
+        POLL_FULL = 2,     ///< Refresh everything now.
+        POLL_READINGS = 3, ///< Refresh the sensor readings now.
+        POLL_SKIP = 4      ///< Leave out a periodic pass that is due.
+    };
+
+    // Lifecycle.
+
+    /// Runs the node on the calling thread and returns when it was stopped, or
+    /// at once when the device cannot be opened (state STATE_STOPPED then).
+    ///
+    /// @param interval polling interval in units of 16 seconds; below 1 the
+    ///     node polls only when asked to.
+    /// @throws CmpiStatus rc 2 unless the real user id is 0; rc 100 when the
+    ///     wake-up pipe cannot be made; rc 200 for a node that is not in its
+    ///     initial state.
+    ///
+    /// SEL handlers that were registered before are dropped. A node that was
+    /// stopped stays stopped: a later start in the same process opens the
+    /// device, sends nothing and ends.
+    static void start(int node, int interval);
+    static void start(int interval);
+
+    /// Ends the node and returns when its thread has left start. Waits for a
+    /// start that is still under way, and for ever if there never is one.
+    /// An exchange of the polling thread runs to its answer (30 s at most);
+    /// exchanges of other threads are woken and come back without one.
+    /// @throws CmpiStatus rc 200 when called a second time.
+    static void stop(int node);
+    static void stop();
+
+    /// The loop itself; start calls it.
+    ///
+    /// SEL handlers run on this thread with the poll mutex held, so that no
+    /// request for a poll is lost meanwhile: a handler may call everything
+    /// that answers from the caches, sendCmd and the registration operations,
+    /// but not poll, pollAll, setPollingInterval or stop, which would wait
+    /// for the handler's own thread.
+    static void poll(int node);
+
+    /// Asks for a poll on the nodes from 0 to nodeCount - 1 and waits until
+    /// they have polled. Serves the records that exist, whatever the count.
+    /// A node that was not started is waited for.
+    /// @param serial one node after the other, instead of all at once.
+    /// @param shutdown set by the caller's other threads to end the wait for
+    ///     nodes that were not started; null counts as false.
+    static void pollAll(int nodeCount, bool serial, IPMI_POLL_TYPE type,
+                        bool* shutdown);
+
+    /// Wakes the polling loop and does not wait.
+    static void doPoll(int node);
+    static void doPoll();
+
+    /// In units of 16 seconds; the loop takes a poll and then the new
+    /// interval.
+    static void setPollingInterval(int node, int interval);
+    static void setPollingInterval(int interval);
+    static int getPollingInterval(int node);
+    static int getPollingInterval();
+
+    static IPMI_STATE getState(int node);
+    static IPMI_STATE getState();
+
+    /// Waits until the state is one of mask's bits, and returns it.
+    static IPMI_STATE waitState(int node, int mask);
+    static IPMI_STATE waitState(int mask);
+
+    /// As waitState. The time re-arms the wait and never ends it: callers
+    /// rely on a state of the mask having been reached.
+    static IPMI_STATE timedWaitState(int node, int mask, long sec, long usec);
+    static IPMI_STATE timedWaitState(int mask, long sec, long usec);
+
+    // Commands.
+
+    /// Sends one request to the controller and waits up to 30 s for the
+    /// answer.
+    ///
+    /// @param resp_len in: size of resp_buf in bytes; out: bytes written.
+    /// @param resp_buf receives the answer, completion code first, only when
+    ///     that code is 0. Answers are held to 32 bytes.
+    /// @return the completion code; 0xFF without an answer; 0x10 when the
+    ///     answer was good but cut to resp_len bytes.
+    static int sendCmd(int node, uint8_t cmd, uint8_t netfn, uint16_t data_len,
+                       uint8_t* data, uint16_t* resp_len, uint8_t* resp_buf);
+    static int sendCmd(uint8_t cmd, uint8_t netfn, uint16_t data_len,
+                       uint8_t* data, uint16_t* resp_len, uint8_t* resp_buf);
+
+    // The controller itself. These answer from the node record and send
+    // nothing.
+
+    /// 0, or 1 while no good Get Device ID answer is held.
+    static int getManagementControllerInfo(int node, ipmiifc_device_id& out);
+    static int getManagementControllerInfo(ipmiifc_device_id& out);
+
+    /// Writes three bytes, LS first, to id and sets len to 1 (callers rely on
+    /// the 1). Returns 0, or 1 while no good Get Device ID answer is held.
+    static int getManufacturerId(int node, uint8_t* id, uint8_t& len);
+    static int getManufacturerId(uint8_t* id, uint8_t& len);
+
+    /// "Unknown" for a number that is not in the library's list. Static text.
+    static const char* getManufacturerName(unsigned id);
+
+    /// Self-test result and its detail byte (IPMI v2.0, 20.4). Returns 0, or 1
+    /// while no good answer is held.
+    static int getSelfTestResults(int node, uint8_t& result, uint8_t& detail);
+    static int getSelfTestResults(uint8_t& result, uint8_t& detail);
+
+    /// "n/a" while no good Get Device ID answer is held.
+    static std::string GetBmcManufacturer();
+    static std::string GetBmcIpmiVersion();
+    /// Major revision in six bits, minor revision in hexadecimal without
+    /// padding: callers compare these texts.
+    static std::string GetBmcFWVersion();
+
+    /// The host operating system as the controller reported it, in the bytes
+    /// that it sent; empty when it reported none.
+    static std::string GetBmcReportedOSName();
+    static std::string GetBmcReportedOSVersion();
+
+    // Commands to the controller itself.
+
+    /// Chassis Identify (IPMI v2.0, 28.5).
+    /// @param interval seconds; 0 turns it off.
+    /// @param force bit 0: until turned off; the interval is ignored.
+    /// @return 0; 1 when not supported; else the completion code, 0xFF without
+    ///     an answer.
+    static int identifyChassis(int node, uint8_t interval, uint8_t force);
+    static int identifyChassis(uint8_t interval, uint8_t force);
+
+    /// Generator id of a SEL record (IPMI v2.0, 32.1): address or software id,
+    /// LUN in bits 8 and 9, channel in bits 12 to 15.
+    static int convertToGeneratorId(int address, int channel, int lun);
+
+    /// Reads the device id and the operating system's name and version again.
+    /// Opens and closes the device itself unless it is open.
+    static void GetBMCNetworking();
+
+    /// Writes the host operating system's name and version into the
+    /// controller (IPMI v2.0, 22.14a). A controller without a place for the
+    /// version gets it appended to the name. An empty text is not written.
+    /// Opens and closes the device itself unless it is open.
+    /// @return 1 for success, 0 for failure.
+    static int SetOSInfo(const std::string& name, const std::string& version);
+};
+
+} // namespace Ipmi
+
+#endif
