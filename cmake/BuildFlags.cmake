@@ -9,7 +9,7 @@ find_package(Threads REQUIRED)
 add_library(vek-build-flags INTERFACE)
 target_compile_features(vek-build-flags INTERFACE cxx_std_17)
 target_compile_options(vek-build-flags INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
   -Wcast-align -Wundef -Wformat=2 -Wmissing-declarations
   $<$<BOOL:${VEK_IPMI_WERROR}>:-Werror>
   -fno-omit-frame-pointer -fstack-protector-strong)

@@ -13,11 +13,11 @@
 #ifndef VEK_IPMI_IPMIIFC_H
 #define VEK_IPMI_IPMIIFC_H
 
-#include <atomic>
 #include <cstdint>
 #include <string>
 
 #include <vek-ipmi/CmpiStatus.h>
+#include <vek-ipmi/VekRelaxed.h>
 
 namespace Ipmi
 {
@@ -54,8 +54,8 @@ void SetLogLevel(LogLvl level);
 /// (sensor readings are refreshed on the others), and the FRU inventory is
 /// refreshed every this many passes. The first pollAll of a process multiplies
 /// both by its node count. A step of 0 counts as 1.
-extern std::atomic<int> SKIP_SDR_STEP;
-extern std::atomic<int> SKIP_FRU_STEP;
+extern VEK::Relaxed<int> SKIP_SDR_STEP;
+extern VEK::Relaxed<int> SKIP_FRU_STEP;
 
 class IpmiIfc
 {

@@ -1,0 +1,104 @@
+/// The node table. Installed for the sake of g_IpmiNode; the layout of the
+/// record is no promise.
+#ifndef VEK_IPMI_IPMINODE_H
+#define VEK_IPMI_IPMINODE_H
+
+#include <cstddef>
+
+#include <vek-ipmi/IpmiIfc.h>
+#include <vek-ipmi/VekMutex.h>
+#include <vek-ipmi/VekRelaxed.h>
+
+namespace Ipmi
+{
+
+class IpmiSelData;
+
+/// Called with the context given at registration, and with a new event record
+/// or, once a polling pass that refreshed the caches, with null.
+typedef void (*SelEventHandler)(void* context, IpmiSelData* record);
+
+/// An element of a node's list of SEL event handlers.
+struct SelHandlerEntry
+{
+    SelHandlerEntry* next;
+    SelEventHandler callback;
+    void* context;
+};
+
+/// Ends of the wake-up pipe.
+enum
+{
+    FD_READ = 0,
+    FD_WRITE = 1
+};
+
+/// All that is known of one management controller.
+///
+/// Locks, outermost first: infoMutex before ifcMutex; sdrLock before fruMutex
+/// and entityMutex; stateMutex is a leaf. Fields of type Relaxed are shared
+/// without a lock.
+struct IpmiNode
+{
+    int nodeNum = 0;
+    VEK::Relaxed<int> msgSeq{0x5a5}; ///< Message id of the next request.
+
+    VEK::Mutex stateMutex;
+    VEK::Condition stateCond; ///< Broadcast after every change of state.
+    IpmiIfc::IPMI_STATE
+        state VEK_GUARDED_BY(stateMutex) = IpmiIfc::STATE_INITIAL;
+
+    /// Held for the whole of one driver exchange.
+    VEK::Mutex ifcMutex;
+    /// Wakes exchanges that wait for an answer when the node is stopped.
+    VEK::Relaxed<int> signalCmdPipeFds[2] = {-1, -1};
+
+    VEK::Mutex pollMutex;
+    VEK::Condition pollCond; ///< Asks for a poll.
+    /// In units of 16 seconds; below 1: poll only when asked to.
+    VEK::Relaxed<int> pollingInterval{-1};
+    /// Set once by stop: no exchange starts any more.
+    VEK::Relaxed<bool> shutdownFlag{false};
+    /// Polls performed; the low three bits count down to the periodic pass.
+    int pollCount VEK_GUARDED_BY(pollMutex) = 0;
+    IpmiIfc::IPMI_POLL_TYPE
+        pollType VEK_GUARDED_BY(pollMutex) = IpmiIfc::POLL_NONE;
+
+    VEK::RwLock sdrLock;
+
+    /// Serialises whole transactions and the writers of the identity; its
+    /// readers do not wait for an exchange of up to 30 s.
+    VEK::Mutex infoMutex VEK_ACQUIRED_BEFORE(ifcMutex);
+    VEK::Relaxed<uint8_t> deviceId[sizeof(ipmiifc_device_id)];
+    VEK::Relaxed<bool> deviceIdAnswered{false};
+    /// Completion code, result and detail of Get Self Test Results.
+    VEK::Relaxed<uint8_t> selfTest[3];
+
+    /// The driver's device. 0 until it was first opened and -1 after a close:
+    /// a descriptor below 1 counts as not open.
+    VEK::Relaxed<int> devFd{0};
+    VEK::Relaxed<int> devOpen{0};
+
+    /// Own slave address; 0 leaves the driver's, which is 20h.
+    VEK::Relaxed<int> myAddress{0};
+    /// Whom the next command is for; 0 means the local controller.
+    VEK::Relaxed<int> targetAddress{0};
+    VEK::Relaxed<uint8_t> targetLun{0};
+    VEK::Relaxed<uint8_t> targetChannel{0};
+
+    VEK::Mutex entityMutex;
+    VEK::Mutex fruMutex;
+    VEK::Mutex selMutex;
+    SelHandlerEntry* selHandlers VEK_GUARDED_BY(selMutex) = nullptr;
+};
+
+constexpr size_t NODE_COUNT = 4;
+
+/// Only record 0 is served by start, stop, the loop and the transport. The
+/// records are made when the library is loaded and destroyed, last first,
+/// when it is unloaded.
+extern IpmiNode g_IpmiNode[NODE_COUNT];
+
+} // namespace Ipmi
+
+#endif

@@ -1,0 +1,128 @@
+#include "ipmi/IpmiNode.h"
+
+#include <sys/time.h>
+#include <syslog.h>
+
+namespace Ipmi
+{
+
+IpmiNode g_IpmiNode[NODE_COUNT];
+
+void SetLogLevel(LogLvl)
+{
+    setlogmask(0xff);
+}
+
+void InitIpmiNode(int node)
+{
+    IpmiNode& record = g_IpmiNode[node];
+    record.nodeNum = node;
+    record.msgSeq = 0x5a5;
+    record.signalCmdPipeFds[FD_READ] = -1;
+    record.signalCmdPipeFds[FD_WRITE] = -1;
+    record.pollingInterval = -1;
+    record.deviceIdAnswered = false;
+    for (auto& byte : record.deviceId)
+        byte = 0;
+    for (auto& byte : record.selfTest)
+        byte = 0;
+    {
+        VEK::MutexLock lock{record.selMutex};
+        record.selHandlers = nullptr;
+    }
+    VEK::MutexLock lock{record.stateMutex};
+    record.state = IpmiIfc::STATE_INITIAL;
+}
+
+void _setState(int, IpmiIfc::IPMI_STATE state)
+{
+    IpmiNode& record = g_IpmiNode[0];
+    VEK::MutexLock lock{record.stateMutex};
+    record.state = state;
+    record.stateCond.broadcast();
+}
+
+IpmiIfc::IPMI_STATE _getState(int)
+{
+    VEK::MutexLock lock{g_IpmiNode[0].stateMutex};
+    return g_IpmiNode[0].state;
+}
+
+void _changeState(int, IpmiIfc::IPMI_STATE from, IpmiIfc::IPMI_STATE to)
+{
+    IpmiNode& record = g_IpmiNode[0];
+    VEK::MutexLock lock{record.stateMutex};
+    if (record.state != from) {
+        syslog(LOG_ERR,
+               "IpmiIfc unexpected state transition: (%d->%d), Current state "
+               "%d",
+               from, to, record.state);
+        throw CmpiStatus(CMPI_RC_ERROR, "IpmiIfc unexpected state transition");
+    }
+    syslog(LOG_DEBUG, "IPMI Node %d: _changeState check passed", 0);
+    record.state = to;
+    record.stateCond.broadcast();
+}
+
+IpmiIfc::IPMI_STATE IpmiIfc::getState(int node)
+{
+    return _getState(node);
+}
+
+IpmiIfc::IPMI_STATE IpmiIfc::getState()
+{
+    return _getState(0);
+}
+
+IpmiIfc::IPMI_STATE IpmiIfc::waitState(int, int mask)
+{
+    syslog(LOG_DEBUG, "Node %d: IpmiIfc::waitState (%d) called", 0, mask);
+    IpmiNode& record = g_IpmiNode[0];
+    VEK::MutexLock lock{record.stateMutex};
+    while ((record.state & mask) == 0)
+        record.stateCond.wait(record.stateMutex);
+    return record.state;
+}
+
+IpmiIfc::IPMI_STATE IpmiIfc::waitState(int mask)
+{
+    return waitState(0, mask);
+}
+
+namespace
+{
+
+timespec deadlineAfter(long sec, long usec)
+{
+    constexpr long nanosecondsPerSecond = 1000000000;
+    timeval now;
+    gettimeofday(&now, nullptr);
+    const long long nanoseconds = (usec + 0LL + now.tv_usec) * 1000;
+    timespec deadline;
+    deadline.tv_sec = now.tv_sec + sec +
+                      static_cast<time_t>(nanoseconds / nanosecondsPerSecond);
+    deadline.tv_nsec = static_cast<long>(nanoseconds % nanosecondsPerSecond);
+    return deadline;
+}
+
+} // namespace
+
+IpmiIfc::IPMI_STATE IpmiIfc::timedWaitState(int node, int mask, long sec,
+                                            long usec)
+{
+    syslog(LOG_DEBUG, "Node %d: IpmiIfc::timedWaitState (%d, %ld, %ld) called",
+           node, mask, sec, usec);
+    IpmiNode& record = g_IpmiNode[0];
+    VEK::MutexLock lock{record.stateMutex};
+    // A time-out only re-arms the wait: callers rely on the state matching.
+    while ((record.state & mask) == 0)
+        record.stateCond.waitUntil(record.stateMutex, deadlineAfter(sec, usec));
+    return record.state;
+}
+
+IpmiIfc::IPMI_STATE IpmiIfc::timedWaitState(int mask, long sec, long usec)
+{
+    return timedWaitState(0, mask, sec, usec);
+}
+
+} // namespace Ipmi

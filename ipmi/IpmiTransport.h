@@ -1,0 +1,88 @@
+/// The driver's device and one exchange with the controller behind it.
+#ifndef VEK_IPMI_PRIVATE_IPMITRANSPORT_H
+#define VEK_IPMI_PRIVATE_IPMITRANSPORT_H
+
+#include <cstdint>
+
+#include <vek-ipmi/IpmiCommandLine.h>
+
+namespace Ipmi
+{
+
+/// A request, laid out as the driver's struct ipmi_req so that it can be
+/// handed through. The transport makes the address itself.
+struct ipmiifc_req
+{
+    uint8_t* addr;
+    uint32_t addr_len;
+    long msgid;
+    uint8_t netfn;
+    uint8_t cmd;
+    uint16_t data_len;
+    uint8_t* data;
+};
+
+/// A response, on the heap; whoever receives one frees it with
+/// IpmiIfcRespDel.
+struct ipmiifc_resp
+{
+    static constexpr int capacity = 32;
+
+    int32_t data_len;       ///< Bytes in data, completion code included.
+    uint8_t data[capacity]; ///< Completion code first; longer answers are
+                            ///< cut, bytes that did not come are 0.
+    int32_t node;
+    ipmiifc_req request; ///< Filled when keepRequest was asked for; owns
+                         ///< its two arrays.
+    uint8_t cc;          ///< data[0], or 0xFF without a usable answer.
+};
+
+/// Flag of a send: the response carries a copy of the request.
+constexpr int keepRequest = 1;
+
+/// Completion code of functions that got no answer.
+constexpr uint8_t noAnswer = 0xFF;
+
+/// A closed device is opened without a log line. Returns whether it is open.
+bool openDeviceQuietly();
+
+/// Opens the device for a scope, unless it is open already.
+class DeviceUse
+{
+public:
+    DeviceUse();
+    ~DeviceUse();
+    DeviceUse(const DeviceUse&) = delete;
+    DeviceUse& operator=(const DeviceUse&) = delete;
+
+private:
+    bool opened_;
+};
+
+void IpmiIfcSetTimingParms(int node);
+int IpmiIfcOpenIpmiEventEnable(int node, int* flag);
+int IpmiIfcOpenIpmiAddressSet(int node);
+
+/// Makes the wake-up pipe of a node; errno tells why it failed.
+bool makeWakeUpPipe();
+void closeWakeUpPipe();
+
+int IpmiIfcRespNew(ipmiifc_resp** out);
+int IpmiIfcRespReuse(ipmiifc_resp* resp);
+int IpmiIfcRespDel(ipmiifc_resp** resp);
+
+/// One exchange. `resp` may be null or a record to use again. Returns null or
+/// a record: `resp`, or a new one if none was given.
+ipmiifc_resp* IpmiIfcSendWresponse(int node, ipmiifc_req* req, int flags,
+                                   ipmiifc_resp* resp);
+
+/// One exchange under the information mutex; null without an answer.
+ipmiifc_resp* IpmiIfcSend(int node, ipmiifc_req* req, int flags);
+
+/// Mind the order: command before network function. `seq` is ignored.
+ipmiifc_resp* IpmiIfcSendCmd(int node, uint8_t cmd, uint8_t netfn, long seq,
+                             uint16_t data_len, uint8_t* data, int flags);
+
+} // namespace Ipmi
+
+#endif
