@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
+#include <syslog.h>
 #include <vek-ipmi/CmpiStatus.h>
+
+#include "tests/support/libc_seam.h"
 
 namespace
 {
@@ -31,6 +34,8 @@ TEST(Status, carriesTheBrokersMessageAndNoTextOfItsOwn)
         EXPECT_EQ(c.status.status().msg, c.object);
         EXPECT_STREQ(c.status.msg(), c.msg);
     }
+    EXPECT_EQ(Seam::takeLog(), (std::vector<Seam::LogLine>{
+                                   {LOG_ERR, "CmpiStatus error 200 text"}}));
 }
 
 } // namespace

@@ -1,0 +1,134 @@
+#include <gtest/gtest.h>
+#include <syslog.h>
+#include <thread>
+
+#include "ipmi/IpmiNode.h"
+#include "tests/support/libc_seam.h"
+
+using namespace Ipmi;
+using State = IpmiIfc::IPMI_STATE;
+
+namespace
+{
+
+std::vector<Seam::LogLine> lines(std::initializer_list<Seam::LogLine> l)
+{
+    return l;
+}
+
+TEST(Node, theTableIsReadyBeforeAnythingIsInitialised)
+{
+    for (auto& node : g_IpmiNode) {
+        VEK::MutexLock lock{node.stateMutex};
+        EXPECT_EQ(node.state, IpmiIfc::STATE_INITIAL);
+        EXPECT_EQ(node.pollingInterval, -1);
+        EXPECT_EQ(node.signalCmdPipeFds[FD_READ], -1);
+        EXPECT_EQ(node.signalCmdPipeFds[FD_WRITE], -1);
+        EXPECT_EQ(node.devFd, 0);
+    }
+}
+
+TEST(Node, aChangeOfStateIsRefusedExactlyWhenTheStateIsAnother)
+{
+    constexpr State states[] = {IpmiIfc::STATE_INITIAL, IpmiIfc::STATE_STARTING,
+                                IpmiIfc::STATE_RUNNING, IpmiIfc::STATE_STOPPED,
+                                IpmiIfc::STATE_CLI};
+    for (const State current : states)
+        for (const State from : states)
+            for (const State to : states) {
+                _setState(0, current);
+                bool refused = false;
+                try {
+                    _changeState(0, from, to);
+                } catch (const CmpiStatus& e) {
+                    refused = true;
+                    EXPECT_EQ(e.rc(), CMPI_RC_ERROR);
+                    EXPECT_STREQ(e.msg(), "(null)");
+                }
+                EXPECT_EQ(refused, current != from);
+                EXPECT_EQ(_getState(0), refused ? current : to);
+            }
+    _setState(0, IpmiIfc::STATE_INITIAL);
+    Seam::takeLog();
+    EXPECT_THROW(
+        _changeState(3, IpmiIfc::STATE_STARTING, IpmiIfc::STATE_RUNNING),
+        CmpiStatus);
+    EXPECT_EQ(Seam::takeLog(),
+              lines({{LOG_ERR, "IpmiIfc unexpected state transition: (2->4), "
+                               "Current state 1"},
+                     {LOG_ERR, "CmpiStatus error 200 IpmiIfc unexpected state "
+                               "transition"}}));
+    _changeState(3, IpmiIfc::STATE_INITIAL, IpmiIfc::STATE_STARTING);
+    EXPECT_EQ(Seam::takeLog(),
+              lines({{LOG_DEBUG, "IPMI Node 0: _changeState check passed"}}));
+}
+
+TEST(Node, waitingForAStateThatHoldsReturnsIt)
+{
+    _setState(0, IpmiIfc::STATE_STOPPED);
+    Seam::takeLog();
+    EXPECT_EQ(
+        IpmiIfc::waitState(2, IpmiIfc::STATE_RUNNING | IpmiIfc::STATE_STOPPED),
+        IpmiIfc::STATE_STOPPED);
+    EXPECT_EQ(IpmiIfc::timedWaitState(2, IpmiIfc::STATE_STOPPED, 1, 5),
+              IpmiIfc::STATE_STOPPED);
+    EXPECT_EQ(Seam::takeLog(),
+              lines({{LOG_DEBUG, "Node 0: IpmiIfc::waitState (12) called"},
+                     {LOG_DEBUG,
+                      "Node 2: IpmiIfc::timedWaitState (8, 1, 5) called"}}));
+}
+
+// Many time-outs pass before the state comes: none may end the wait.
+TEST(Node, aTimedWaitEndsOnlyWithTheState)
+{
+    Seam::setTimeScale(1000);
+    _setState(0, IpmiIfc::STATE_STARTING);
+    std::atomic<bool> returned{false};
+    State seen = IpmiIfc::STATE_INITIAL;
+    std::thread waiter{[&] {
+        seen = IpmiIfc::timedWaitState(IpmiIfc::STATE_RUNNING, 1, 999999);
+        returned = true;
+    }};
+    usleep(50000);
+    EXPECT_FALSE(returned);
+    _changeState(0, IpmiIfc::STATE_STARTING, IpmiIfc::STATE_RUNNING);
+    waiter.join();
+    EXPECT_EQ(seen, IpmiIfc::STATE_RUNNING);
+}
+
+TEST(Node, initialisingAgainForgetsTheIdentityAndKeepsTheRest)
+{
+    IpmiNode& node = g_IpmiNode[0];
+    node.msgSeq = 7;
+    node.deviceId[1] = 0x20;
+    node.deviceIdAnswered = true;
+    node.selfTest[1] = 0x55;
+    node.devFd = 42;
+    node.shutdownFlag = true;
+    SelHandlerEntry entry{nullptr, nullptr, nullptr};
+    {
+        VEK::MutexLock lock{node.selMutex};
+        node.selHandlers = &entry;
+    }
+    InitIpmiNode(0);
+    EXPECT_EQ(node.msgSeq, 0x5a5);
+    ipmiifc_device_id id;
+    EXPECT_EQ(IpmiIfc::getManagementControllerInfo(id), 1);
+    uint8_t result, detail;
+    EXPECT_EQ(IpmiIfc::getSelfTestResults(result, detail), 1);
+    EXPECT_EQ(node.devFd, 42);
+    EXPECT_TRUE(node.shutdownFlag) << "a stopped node stays stopped";
+    VEK::MutexLock lock{node.selMutex};
+    EXPECT_EQ(node.selHandlers, nullptr);
+}
+
+TEST(Node, theLogLevelIsIgnored)
+{
+    for (const LogLvl level : {LOG_LVL_ERROR, LOG_LVL_DEBUG}) {
+        setlogmask(LOG_MASK(LOG_ERR));
+        SetLogLevel(level);
+        EXPECT_EQ(setlogmask(0), 0xff);
+    }
+}
+
+} // namespace
