@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "ipmi/IpmiLoop.h"
+#include "ipmi/IpmiMapper.h"
 #include "ipmi/IpmiNode.h"
 #include "ipmi/IpmiStartup.h"
 #include "ipmi/IpmiTransport.h"
@@ -191,8 +192,16 @@ int IpmiIfcInitForCLI(int)
     if (IpmiIfcOpenIpmiAddressSet(0) != 0)
         return -2;
     IpmiIfcSetTimingParms(0);
-    VEK::MutexLock lock{node.stateMutex};
-    node.state = IpmiIfc::STATE_CLI;
+    {
+        VEK::MutexLock lock{node.stateMutex};
+        node.state = IpmiIfc::STATE_CLI;
+    }
+    LoadSensorHealthDataFile();
+    if (healthList.empty())
+        syslog(LOG_WARNING,
+               "%s: Unable to translate discrete sensor state, see prior "
+               "errors",
+               __func__);
     return 0;
 }
 

@@ -29,6 +29,11 @@ int IpmiIfcReadSelfTest(int node);
 int IpmiIfcReadOS_Name(int node);
 int IpmiIfcReadOS_Version(int node);
 
+/// Loads the sensor health table from "/etc/sfcb/vek/sensor_health", once in
+/// a process; a load that failed is tried again by the next call. Command-line
+/// mode does so itself.
+void LoadSensorHealthDataFile();
+
 } // namespace Ipmi
 
 #endif
