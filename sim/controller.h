@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -56,6 +57,9 @@ public:
     /// An event message for the driver's event queue (IPMI v2.0, 22.8), if
     /// one waits: 16 bytes as Read Event Message Buffer gives them.
     bool nextEvent(Bytes& event);
+
+    /// Exchanges that reached the controller, by netFn << 8 | command.
+    const std::map<uint16_t, uint64_t>& counts() const;
 
     Bmc& bmc();
 

@@ -1,0 +1,63 @@
+/// A management controller as a plain object: a request in, an answer out,
+/// and a clock that it is handed.
+#ifndef VEK_SIM_MODEL_BMC_H
+#define VEK_SIM_MODEL_BMC_H
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "sim/model/identity.h"
+#include "sim/model/message.h"
+
+namespace Sim
+{
+
+/// A request that is answered with the same bytes always, whatever the
+/// command table says: with these, any odd controller can be modelled.
+struct FixedAnswer
+{
+    uint8_t netFn = 0;
+    uint8_t command = 0;
+    Bytes data;   ///< What the request's data begin with.
+    Bytes answer; ///< Completion code first; empty: the controller is silent.
+};
+
+/// All that a controller knows, one member an area. An area that a profile
+/// does not give is not there, and its commands answer C1h.
+struct BmcState
+{
+    Identity identity;
+    std::vector<FixedAnswer> answers;
+};
+
+class Bmc
+{
+public:
+    /// Seconds since 1970.
+    using Clock = std::function<int64_t()>;
+
+    explicit Bmc(BmcState state);
+
+    /// Completion code first. No value: nobody answers, as for a request that
+    /// is bridged to a controller that is not there.
+    std::optional<Bytes> answer(const Request& request);
+
+    /// Back to the state it was made with.
+    void reset();
+
+    BmcState& state() { return state_; }
+    const BmcState& state() const { return state_; }
+
+    void setClock(Clock clock) { clock_ = std::move(clock); }
+    int64_t now() const { return clock_(); }
+
+private:
+    BmcState initial_;
+    BmcState state_;
+    Clock clock_;
+};
+
+} // namespace Sim
+
+#endif

@@ -1,0 +1,16 @@
+/// The profile's format: which key stands for what.
+#ifndef VEK_SIM_PROFILE_DESCRIBE_H
+#define VEK_SIM_PROFILE_DESCRIBE_H
+
+#include "sim/profile/fields.h"
+#include "sim/profile/profile.h"
+
+namespace Sim
+{
+
+void describe(Fields& io, Profile& profile);
+void describe(Fields& io, Identity& identity);
+
+} // namespace Sim
+
+#endif
