@@ -1,0 +1,44 @@
+/// How one exchange with the controller ended.
+#ifndef VEK_TOOLS_COLLECT_COMPLETION_H
+#define VEK_TOOLS_COLLECT_COMPLETION_H
+
+#include <cstdint>
+
+#include "tools/status.h"
+
+namespace Tool
+{
+
+/// Network function and command of a request.
+struct Command
+{
+    uint8_t netFn;
+    uint8_t code;
+};
+
+namespace commands
+{
+constexpr Command chassisIdentify = {0x00, 0x04}, getDeviceId = {0x06, 0x01},
+                  getSelfTestResults = {0x06, 0x04},
+                  setSystemInfo = {0x06, 0x58}, getSystemInfo = {0x06, 0x59};
+} // namespace commands
+
+struct Completion
+{
+    uint8_t code = 0xFF;   ///< IPMI v2.0, table 5-2. Meaningless unanswered.
+    bool answered = false; ///< FFh is also a code of the controller's own.
+
+    bool ok() const { return answered && code == 0x00; }
+    Status status() const
+    {
+        // The driver, not the controller, makes C3h when no answer comes.
+        constexpr uint8_t timeout = 0xC3;
+        if (ok())
+            return Status::done;
+        return answered && code != timeout ? Status::refused : Status::failed;
+    }
+};
+
+} // namespace Tool
+
+#endif

@@ -1,0 +1,58 @@
+#include "tools/options.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+
+#include "tools/commands/commands.h"
+
+namespace Tool
+{
+
+namespace
+{
+
+constexpr char footer[] =
+    "Exit status: 0 done; 1 usage; 2 no device or no permission; 3 refused by\n"
+    "the controller; 4 any other failure or a partial result. With --simulate\n"
+    "also 125 to 127: the simulated controller did not start.";
+
+void addGlobalOptions(CLI::App& app, Options& options)
+{
+    app.add_flag("--json", options.json, "Print a JSON document");
+    app.add_flag("--verbose", options.verbose,
+                 "Show the library's log lines on standard error");
+    app.add_flag("--simulate{}", options.profile,
+                 "Ask a simulated controller instead of the real one; "
+                 "--simulate=PROFILE chooses which");
+}
+
+} // namespace
+
+bool parse(int argc, char** argv, Options& options, Run& run, Status& status)
+{
+    CLI::App app{"Asks a server's management controller through the Linux "
+                 "OpenIPMI driver.",
+                 "vek-ipmi"};
+    app.footer(footer);
+    app.fallthrough();
+    app.set_version_flag("--version", "vek-ipmi " VEK_IPMI_VERSION);
+    addGlobalOptions(app, options);
+    addInfo(app, run);
+    addRaw(app, run);
+    addIdentify(app, run);
+    addOs(app, run);
+    app.require_subcommand(1);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        status = app.exit(error) == 0 ? Status::done : Status::usage;
+        if (!std::cout.flush())
+            status = Status::failed;
+        return false;
+    }
+    options.simulate = app.count("--simulate") != 0;
+    return true;
+}
+
+} // namespace Tool

@@ -1,0 +1,33 @@
+#include "tools/print/json.h"
+
+#include "tools/print/completion_codes.h"
+
+namespace Tool
+{
+
+Json document(const std::string& name)
+{
+    Json json;
+    json["schema"] = {{"name", "vek-ipmi/" + name}, {"version", 1}};
+    return json;
+}
+
+Json toJson(Command command, const Completion& completion)
+{
+    Json json;
+    if (completion.answered) {
+        json["code"] = completion.code;
+        json["words"] = codeInWords(command, completion.code);
+    } else {
+        json["code"] = nullptr;
+        json["words"] = inWords(command, completion);
+    }
+    return json;
+}
+
+std::string toText(const Json& json)
+{
+    return json.dump(2) + '\n';
+}
+
+} // namespace Tool
