@@ -73,7 +73,8 @@ std::mutex logMutex;
 std::condition_variable logGrew;
 std::vector<Seam::LogLine> logLines;
 
-void log(int priority, const char* format, va_list arguments)
+[[gnu::format(printf, 2, 0)]] void log(int priority, const char* format,
+                                       va_list arguments)
 {
     // With errno as the caller left it: the format may hold %m.
     char text[1024];
@@ -134,7 +135,8 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line)
 
 extern "C"
 {
-    void __syslog_chk(int priority, int flag, const char* format, ...);
+    [[gnu::format(printf, 3, 4)]] void __syslog_chk(int priority, int flag,
+                                                    const char* format, ...);
     int __poll_chk(pollfd* fds, nfds_t count, int timeout, size_t size);
 
     void syslog(int priority, const char* format, ...)
