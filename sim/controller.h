@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "sim/model/message.h"
+#include "sim/profile/mistake.h"
 
 namespace Sim
 {
@@ -67,6 +68,18 @@ private:
     struct State;
     std::unique_ptr<State> state_;
 };
+
+/// What a front end is asked to simulate.
+struct Setup
+{
+    std::string profile = "two-socket"; ///< A built-in one, or a file.
+    std::vector<std::string> faults;    ///< Rules, after the profile's own.
+    std::chrono::microseconds latency{0};
+};
+
+/// Null, with every mistake named, when profile or rules cannot be read.
+std::unique_ptr<Controller> makeController(const Setup& setup,
+                                           Mistakes& mistakes);
 
 } // namespace Sim
 

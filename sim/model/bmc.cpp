@@ -11,7 +11,8 @@ namespace
 
 // A new area is one line here.
 const Family* const families[] = {
-    &identityFamily,
+    &identityFamily, &systemInfoFamily, &chassisFamily,
+    &channelFamily,  &messagingFamily,
 };
 
 template <class Wanted>
@@ -43,6 +44,14 @@ bool matches(const FixedAnswer& row, const Request& request)
 
 } // namespace
 
+const Channel* BmcState::channel(uint8_t number) const
+{
+    auto found =
+        std::find_if(channels.begin(), channels.end(),
+                     [&](const Channel& c) { return c.number == number; });
+    return found == channels.end() ? nullptr : &*found;
+}
+
 const Command* findCommand(uint8_t netFn, uint8_t code)
 {
     return findWhere([&](const Command& row) {
@@ -64,7 +73,6 @@ Bmc::Bmc(BmcState state)
 
 std::optional<Bytes> Bmc::answer(const Request& request)
 {
-    constexpr uint8_t systemInterface = 0x0F;
     if (request.channel != systemInterface)
         return std::nullopt;
     for (const FixedAnswer& row : state_.answers)
@@ -85,6 +93,21 @@ std::optional<Bytes> Bmc::answer(const Request& request)
 void Bmc::reset()
 {
     state_ = initial_;
+}
+
+void Bmc::queueEvent(Bytes event)
+{
+    if (state_.messaging)
+        state_.messaging->events.push_back(std::move(event));
+}
+
+bool Bmc::takeEvent(Bytes& event)
+{
+    if (!state_.messaging || state_.messaging->events.empty())
+        return false;
+    event = std::move(state_.messaging->events.front());
+    state_.messaging->events.pop_front();
+    return true;
 }
 
 } // namespace Sim

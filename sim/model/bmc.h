@@ -7,8 +7,12 @@
 #include <optional>
 #include <vector>
 
+#include "sim/model/channel.h"
+#include "sim/model/chassis.h"
 #include "sim/model/identity.h"
 #include "sim/model/message.h"
+#include "sim/model/messaging.h"
+#include "sim/model/system_info.h"
 
 namespace Sim
 {
@@ -28,7 +32,14 @@ struct FixedAnswer
 struct BmcState
 {
     Identity identity;
+    std::optional<SystemInfo> systemInfo;
+    std::optional<Chassis> chassis;
+    std::optional<Messaging> messaging;
+    std::vector<Channel> channels;
     std::vector<FixedAnswer> answers;
+
+    /// Null when there is no channel of that number.
+    const Channel* channel(uint8_t number) const;
 };
 
 class Bmc
@@ -45,6 +56,11 @@ public:
 
     /// Back to the state it was made with.
     void reset();
+
+    /// A test's hook: an event message of 16 bytes for the event buffer.
+    void queueEvent(Bytes event);
+    /// The event that has waited longest, if one waits.
+    bool takeEvent(Bytes& event);
 
     BmcState& state() { return state_; }
     const BmcState& state() const { return state_; }

@@ -22,8 +22,7 @@ Bytes getDeviceId(Bmc& bmc, const Bytes&)
                  uint8_t(id.manufacturer >> 16),
                  uint8_t(id.product),
                  uint8_t(id.product >> 8)};
-    answer.insert(answer.end(), id.auxiliaryFirmware.begin(),
-                  id.auxiliaryFirmware.end());
+    append(answer, id.auxiliaryFirmware);
     return answer;
 }
 
@@ -35,7 +34,7 @@ Bytes getBytes(Bmc& bmc, const Bytes&)
     if (bytes.empty())
         return {cc::invalidCommand};
     Bytes answer{cc::ok};
-    answer.insert(answer.end(), bytes.begin(), bytes.end());
+    append(answer, bytes);
     return answer;
 }
 

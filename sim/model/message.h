@@ -10,6 +10,15 @@ namespace Sim
 
 using Bytes = std::vector<uint8_t>;
 
+inline void append(Bytes& bytes, const Bytes& more)
+{
+    for (uint8_t byte : more)
+        bytes.push_back(byte);
+}
+
+/// The channel that is the system interface itself: the BMC (IPMI v2.0, 6.3).
+constexpr uint8_t systemInterface = 0x0F;
+
 /// One request, as the driver or the link delivers it.
 struct Request
 {
@@ -17,8 +26,8 @@ struct Request
     uint8_t command = 0;
     Bytes data;
     uint8_t lun = 0;
-    uint8_t channel = 0x0F;      ///< 0Fh: the system interface, the BMC itself.
-    uint8_t slaveAddress = 0x20; ///< Bridged requests: whom they are for.
+    uint8_t channel = systemInterface; ///< Another one: the request is bridged.
+    uint8_t slaveAddress = 0x20;       ///< Bridged requests: whom they are for.
 };
 
 /// Completion codes that the models use (IPMI v2.0, table 5-2).

@@ -10,6 +10,10 @@ namespace Sim
 
 void describe(Fields& io, Profile& profile);
 void describe(Fields& io, Identity& identity);
+void describe(Fields& io, SystemInfo& info);
+void describe(Fields& io, Chassis& chassis);
+void describe(Fields& io, Channel& channel);
+void describe(Fields& io, Messaging& messaging);
 
 } // namespace Sim
 

@@ -79,7 +79,7 @@ void FieldReader::flag(const char* key, bool& value)
         mistake(at(key), expected("true or false", *json));
 }
 
-void FieldReader::text(const char* key, std::string& value,
+void FieldReader::text(const char* key, std::optional<std::string>& value,
                        const Refusal& refusal)
 {
     const Json* json = find(key);
@@ -156,6 +156,11 @@ void FieldReader::require(const char* key)
 {
     if (object_.is_object() && !object_.contains(key))
         mistake(place_, "\"" + std::string{key} + "\" is missing");
+}
+
+void FieldReader::refuse(const char* key, const std::string& reason)
+{
+    mistake(at(key), reason);
 }
 
 void FieldReader::doNumber(const char* key, uint32_t& value, Base, uint32_t max)

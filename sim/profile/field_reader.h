@@ -22,7 +22,8 @@ public:
     void finish();
 
     void flag(const char* key, bool& value) override;
-    void text(const char* key, std::string& value,
+    using Fields::text;
+    void text(const char* key, std::optional<std::string>& value,
               const Refusal& refusal) override;
     void bytes(const char* key, Bytes& value, size_t least,
                size_t most) override;
@@ -31,6 +32,7 @@ public:
     void texts(const char* key, std::vector<std::string>& values,
                const Refusal& refusal) override;
     void require(const char* key) override;
+    void refuse(const char* key, const std::string& reason) override;
 
 private:
     using Json = nlohmann::json;

@@ -59,7 +59,14 @@ public:
         value = Number(wide);
     }
     virtual void flag(const char* key, bool& value) = 0;
-    virtual void text(const char* key, std::string& value,
+    void text(const char* key, std::string& value, const Refusal& refusal)
+    {
+        std::optional<std::string> held{value};
+        text(key, held, refusal);
+        value = *held;
+    }
+    /// No value where the key is absent.
+    virtual void text(const char* key, std::optional<std::string>& value,
                       const Refusal& refusal) = 0;
     /// As "55 00"; between `least` and `most` bytes.
     virtual void bytes(const char* key, Bytes& value, size_t least,
@@ -97,6 +104,8 @@ public:
     }
     /// A key that the profile has to state.
     virtual void require(const char* key) = 0;
+    /// A mistake that only the area can see.
+    virtual void refuse(const char* key, const std::string& reason) = 0;
 
 protected:
     virtual void doNumber(const char* key, uint32_t& value, Base base,

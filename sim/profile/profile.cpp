@@ -5,11 +5,14 @@
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <stdexcept>
 
+#include "sim/fault/fault.h"
 #include "sim/profile/builtin.h"
 #include "sim/profile/describe.h"
 #include "sim/profile/field_reader.h"
+#include "sim/profile/field_writer.h"
 #include "sim/profile/syntax.h"
 
 namespace Sim
@@ -28,6 +31,22 @@ void describe(Fields& io, FixedAnswer& row)
     io.bytes("answer", row.answer, 0, 270);
 }
 
+std::string refuseRule(const std::string& rule)
+{
+    Mistake mistake;
+    return parseFault(rule, mistake) ? ""
+                                     : mistake.place + ": " + mistake.reason;
+}
+
+void refuseTwins(Fields& io, const std::vector<Channel>& channels)
+{
+    std::set<uint8_t> seen;
+    for (const Channel& channel : channels)
+        if (!seen.insert(channel.number).second)
+            io.refuse("channels", "channel " + std::to_string(channel.number) +
+                                      " stands twice");
+}
+
 } // namespace
 
 void describe(Fields& io, Profile& profile)
@@ -35,8 +54,13 @@ void describe(Fields& io, Profile& profile)
     io.require("identity");
     io.text("description", profile.description, nullptr);
     io.object("identity", profile.state.identity, describe);
+    io.object("systemInfo", profile.state.systemInfo, describe);
+    io.object("chassis", profile.state.chassis, describe);
+    io.object("messaging", profile.state.messaging, describe);
+    io.list("channels", profile.state.channels, describe);
+    refuseTwins(io, profile.state.channels);
     io.list("answers", profile.state.answers, describe);
-    io.texts("faults", profile.faults, nullptr);
+    io.texts("faults", profile.faults, refuseRule);
 }
 
 std::optional<Profile> readProfile(const std::string& text, Mistakes& mistakes)
@@ -52,6 +76,19 @@ std::optional<Profile> readProfile(const std::string& text, Mistakes& mistakes)
     mistakes.insert(mistakes.end(), found.begin(), found.end());
     return found.empty() ? std::make_optional(std::move(profile))
                          : std::nullopt;
+}
+
+std::string writeProfile(const Profile& profile)
+{
+    nlohmann::ordered_json json = nlohmann::ordered_json::object();
+    FieldWriter writer{json};
+    Profile copy = profile;
+    describe(writer, copy);
+    constexpr int indent = 2;
+    // A client may have written texts that are not UTF-8.
+    return json.dump(indent, ' ', false,
+                     nlohmann::ordered_json::error_handler_t::replace) +
+           '\n';
 }
 
 Mistakes checkProfile(const std::string& text)
