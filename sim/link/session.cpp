@@ -1,19 +1,22 @@
 #include "sim/link/session.h"
 
+#include "sim/model/bmc.h"
+
 namespace Sim
 {
 namespace
 {
 
-constexpr uint8_t netFnApp = 0x06, setGlobalEnables = 0x2E,
-                  getMessageFlags = 0x31, readEventBuffer = 0x35;
-constexpr uint8_t eventWaits = 0x02; // IPMI v2.0, 22.4
+constexpr uint8_t netFnApp = 0x06, setGlobalEnables = 0x2E;
 // The longest message is 272 bytes, each of which may have been escaped.
 constexpr size_t mostPending = 1024;
 
-bool is(const Request& request, uint8_t command)
+// IPMI v2.0, 22.1.
+bool enablesInterrupt(const Request& request)
 {
-    return request.netFn == netFnApp && request.command == command;
+    return request.netFn == netFnApp && request.command == setGlobalEnables &&
+           !request.data.empty() &&
+           request.data[0] & Messaging::receiveInterrupt;
 }
 
 LinkReply operation(uint8_t code)
@@ -31,8 +34,8 @@ LinkStep LinkSession::connected()
     // link does not.
     if (interrupts_)
         step.replies.push_back(operation(LinkOperation::enableInterrupt));
-    if (!event_.empty())
-        step.replies.push_back(operation(LinkOperation::attentionInterrupt));
+    announced_ = false;
+    noticeEvent(step);
     return step;
 }
 
@@ -54,7 +57,7 @@ LinkStep LinkSession::receive(const uint8_t* data, size_t size)
 
 void LinkSession::handle(const LinkRequest& message, LinkStep& step)
 {
-    const Outcome outcome = exchange(message.request);
+    const Outcome outcome = controller_.exchange(message.request);
     switch (outcome.kind) {
     case Outcome::Kind::Answer:
         if (outcome.delay <= latestAnswer)
@@ -74,35 +77,23 @@ void LinkSession::handle(const LinkRequest& message, LinkStep& step)
     }
     // Until the interface may interrupt, the driver looks for each answer at
     // its timer's pace.
-    const Bytes& data = message.request.data;
-    if (is(message.request, setGlobalEnables) && !data.empty() && data[0] & 1) {
+    if (enablesInterrupt(message.request)) {
         interrupts_ = true;
         step.replies.push_back(operation(LinkOperation::enableInterrupt));
     }
     noticeEvent(step);
 }
 
-/// The controller hands out events once; here they wait until the driver
-/// reads them.
-Outcome LinkSession::exchange(const Request& request)
-{
-    Outcome outcome = controller_.exchange(request);
-    if (event_.empty() || outcome.kind != Outcome::Kind::Answer)
-        return outcome;
-    if (is(request, getMessageFlags) && outcome.bytes.size() > 1)
-        outcome.bytes[1] |= eventWaits;
-    if (is(request, readEventBuffer)) {
-        outcome.bytes = {cc::ok};
-        outcome.bytes.insert(outcome.bytes.end(), event_.begin(), event_.end());
-        event_.clear();
-    }
-    return outcome;
-}
-
+/// The driver reads until nothing waits, so that only the first event has to
+/// be announced.
 void LinkSession::noticeEvent(LinkStep& step)
 {
-    if (event_.empty() && controller_.nextEvent(event_))
+    const auto& messaging = controller_.bmc().state().messaging;
+    const bool waits =
+        messaging && messaging->flags() & Messaging::eventMessage;
+    if (waits && !announced_)
         step.replies.push_back(operation(LinkOperation::attentionInterrupt));
+    announced_ = waits;
 }
 
 } // namespace Sim

@@ -36,12 +36,11 @@ public:
 
 private:
     void handle(const LinkRequest& message, LinkStep& step);
-    Outcome exchange(const Request& request);
     void noticeEvent(LinkStep& step);
 
     Controller& controller_;
     Bytes received_;
-    Bytes event_; ///< Waits for Read Event Message Buffer.
+    bool announced_ = false; ///< That an event waits.
     bool interrupts_ = false;
 };
 

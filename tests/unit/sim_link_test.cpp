@@ -109,15 +109,17 @@ TEST(SimLink, answersRepeatTheSequenceAndEscape)
 
 struct Machine
 {
-    explicit Machine(std::chrono::milliseconds latency = {})
-        : controller{std::make_unique<Bmc>(state()), FaultSet{}, latency}
+    explicit Machine(std::chrono::milliseconds latency = {},
+                     FaultSet faults = {})
+        : controller{std::make_unique<Bmc>(state()), std::move(faults), latency}
     {}
 
-    /// Silent to command 55h, all enables are taken.
+    /// Silent to command 55h.
     static BmcState state()
     {
         BmcState state;
-        state.answers = {{0x06, 0x55, {}, {}}, {0x06, 0x2E, {}, {0x00}}};
+        state.messaging.emplace();
+        state.answers = {{0x06, 0x55, {}, {}}};
         return state;
     }
     /// What is sent back, without its delays.
@@ -161,6 +163,35 @@ TEST(SimLink, interruptsAreEnabledOnceTheMachineWantsThem)
     const auto again = machine.session.connected().replies;
     ASSERT_EQ(again.size(), 1u);
     EXPECT_EQ(again[0].frame, enable);
+}
+
+TEST(SimLink, eventsCallForAttentionUntilTheyAreRead)
+{
+    const Bytes attention = {0x02, 0xA1};
+    const Bytes request = {0x00, 0x18, 0x01, 0xE7, 0xA0};
+    Machine machine;
+    machine.controller.bmc().queueEvent(Bytes(16));
+    const auto frames = machine.send(request);
+    ASSERT_EQ(frames.size(), 2u);
+    EXPECT_EQ(frames[1], attention);
+    EXPECT_EQ(machine.send(request).size(), 1u);
+    EXPECT_EQ(machine.session.connected().replies.size(), 1u);
+    machine.send({0x0A, 0x18, 0x35, 0xA9, 0xA0});
+    EXPECT_TRUE(machine.session.connected().replies.empty());
+}
+
+TEST(SimLink, aVanishedControllerDropsTheLink)
+{
+    Mistake mistake;
+    FaultSet faults;
+    faults.add(*parseFault("cmd=01,vanish=1000", mistake));
+    Machine machine{{}, faults};
+    const Bytes request = {0x00, 0x18, 0x01, 0xE7, 0xA0};
+    const LinkStep step =
+        machine.session.receive(request.data(), request.size());
+    EXPECT_TRUE(step.vanish);
+    EXPECT_EQ(step.away, std::chrono::seconds{1});
+    EXPECT_TRUE(step.replies.empty());
 }
 
 TEST(SimLink, answersThatWouldBeTooLateAreDropped)

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -465,13 +466,15 @@ void probeHandles(int fd)
 
 void probeManyRequests(int fd)
 {
-    int sent = 0, error = 0, inOrder = 0;
+    int sent = 0, error = 0;
+    // Not in order: a send may overtake those that wait in the driver.
+    std::set<long> answered;
     while (sent < 200 && (error = send(fd, getDeviceId, sent)) == 0)
         ++sent;
     line("requests outstanding", number(sent) + ", then " + errorName(error));
     for (int i = 0; i < sent; ++i)
-        inOrder += awaitAndTake(fd).head.msgid == i;
-    line("answered in order", number(inOrder));
+        answered.insert(awaitAndTake(fd).head.msgid);
+    line("answered, each once", number(long(answered.size())));
     line("send after them", errorName(send(fd)));
     awaitAndTake(fd);
 }
