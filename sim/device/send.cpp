@@ -64,8 +64,7 @@ Request toRequest(const Address& to, const ipmi_msg& message)
     request.netFn = message.netfn & 0x3F;
     request.command = message.cmd;
     request.lun = to.lun();
-    // Data that are not there count as none, whatever length is given.
-    if (message.data)
+    if (message.data_len > 0)
         request.data.assign(message.data, message.data + message.data_len);
     if (to.isIpmb()) {
         request.channel = uint8_t(to.bytes.channel);
@@ -126,17 +125,21 @@ int Driver::send(Handle& handle, const ipmi_req& request, Timing timing)
     if (isFault(request.addr))
         return -EFAULT;
     const Address to = Address::copy(request.addr, request.addr_len);
-    const int error =
-        check(to, request.addr_len, request.msg, handle.interface());
+    // Data that are not there count as none, whatever length is given.
+    ipmi_msg message = request.msg;
+    if (!message.data)
+        message.data_len = 0;
+    const int error = check(to, request.addr_len, message, handle.interface());
     if (error)
         return error;
     if (handle.outstanding() >= outstandingRequests)
         return -EBUSY;
-    const Request sent = toRequest(to, request.msg);
+    const Request sent = toRequest(to, message);
     Message answer = answerTo(to, request);
     if (sent.netFn & 1) {
         // Nobody on the bus waits for a response.
         answer.receiveType = IPMI_RESPONSE_RESPONSE_TYPE;
+        answer.due = clock_.now();
         answer.data = {nakOnWrite};
         handle.deliver(std::move(answer));
         return 0;
