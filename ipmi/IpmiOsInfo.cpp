@@ -6,6 +6,7 @@
 #include <syslog.h>
 
 #include "ipmi/IpmiIdentity.h"
+#include "ipmi/IpmiLoop.h"
 #include "ipmi/IpmiNode.h"
 #include "ipmi/IpmiStartup.h"
 
@@ -248,6 +249,8 @@ void IpmiIfc::GetBMCNetworking()
 {
     guarded(__func__, 0, [] {
         DeviceUse device;
+        if (loopAreas.lan)
+            loopAreas.lan(0);
         return IpmiIfcDataGet(oneShotIdentityCount);
     });
 }

@@ -147,7 +147,8 @@ void waitForOne(const Request& request, int i)
     do
         sleep(1);
     while (request.isPending(i));
-    sleep(1);
+    if (i + 1 < request.count())
+        sleep(1);
 }
 
 void waitForAll(const Request& request)
