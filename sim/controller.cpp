@@ -66,6 +66,11 @@ Controller::Controller(std::unique_ptr<Bmc> bmc, FaultSet faults,
 
 Controller::~Controller() = default;
 
+void Controller::setFaults(FaultSet faults)
+{
+    state_->faults = std::move(faults);
+}
+
 Outcome Controller::exchange(const Request& request)
 {
     Outcome outcome;

@@ -52,6 +52,9 @@ public:
 
     Outcome exchange(const Request& request);
 
+    /// Other rules from now on, as if they had seen nothing yet.
+    void setFaults(FaultSet faults);
+
     /// errno for an open, or 0 when the device opens.
     int openErrno();
 

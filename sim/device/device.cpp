@@ -15,7 +15,7 @@ std::vector<Exchange>& recorded()
     return *all;
 }
 
-void record(const Request& request, const Outcome& outcome)
+void recordOne(const Request& request, const Outcome& outcome)
 {
     recorded().push_back({request, outcome});
 }
@@ -29,7 +29,7 @@ void install(std::unique_ptr<Controller> controller)
         std::make_shared<std::unique_ptr<Controller>>(std::move(controller));
     Layer::with([&](Driver& driver) {
         driver.setFactory([shared] { return std::move(*shared); });
-        driver.setObserver(record);
+        driver.setObserver(recordOne);
         recorded().clear();
     });
 }
@@ -48,6 +48,12 @@ std::vector<Exchange> exchanges()
     std::vector<Exchange> copy;
     Layer::with([&](Driver&) { copy = recorded(); });
     return copy;
+}
+
+void record(bool on)
+{
+    Layer::with(
+        [on](Driver& driver) { driver.setObserver(on ? recordOne : nullptr); });
 }
 
 Controller* controller()
@@ -70,6 +76,18 @@ void comeBack()
 void injectEvent(const Bytes& event)
 {
     Layer::with([&](Driver& driver) { driver.event(event); });
+}
+
+int openCount()
+{
+    int count = 0;
+    Layer::with([&](Driver& driver) { count = driver.opens(); });
+    return count;
+}
+
+void failNextReceive(int errnoValue)
+{
+    Layer::with([&](Driver& driver) { driver.failNextReceive(errnoValue); });
 }
 
 void setTimeScale(double scale)

@@ -28,6 +28,9 @@ void reset();
 /// What has reached the controller since it was installed.
 std::vector<Exchange> exchanges();
 
+/// Whether exchanges are recorded: as installed, they are.
+void record(bool on);
+
 /// For a look into the model, while no other thread has an exchange. Null
 /// when nothing is installed.
 Controller* controller();
@@ -40,6 +43,12 @@ void comeBack();
 /// An asynchronous event of 16 bytes for every handle that wants events;
 /// kept for the first that will when none does. Wakes a waiting poll.
 void injectEvent(const Bytes& event);
+
+/// How many handles were opened since the process began.
+int openCount();
+
+/// The next receive fails, whatever waits to be received.
+void failNextReceive(int errnoValue);
 
 /// How long a simulated second lasts: the layer's waits (latency, the 4 s of
 /// a silent controller) are multiplied with it.

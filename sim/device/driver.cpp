@@ -83,6 +83,7 @@ int Driver::open(int flags)
     // A number that was closed behind the layer's back is used again.
     handles_.erase(descriptor);
     handles_.try_emplace(descriptor, descriptor, interface_);
+    ++opens_;
     return descriptor;
 }
 
@@ -101,10 +102,10 @@ int Driver::ioctl(int descriptor, unsigned request, void* argument)
 
 void Driver::vanish(std::optional<Duration> away)
 {
-    if (!interface_)
-        return;
     const Time now = clock_.now();
     backAt_ = away ? now + clock_.scaled(*away) : Time::max();
+    if (!interface_)
+        return;
     interface_->gone = true;
     for (auto& [descriptor, handle] : handles_)
         if (&handle.interface() == interface_.get())

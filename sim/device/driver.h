@@ -44,6 +44,10 @@ public:
     /// An event message of the controller, for all users who want events.
     void event(Bytes bytes);
 
+    /// For tests: what was opened so far, and an error for the next receive.
+    int opens() const { return opens_; }
+    void failNextReceive(int errnoValue) { receiveErrno_ = errnoValue; }
+
     /// For a forked child.
     void renewDescriptors();
 
@@ -81,6 +85,8 @@ private:
     std::shared_ptr<Interface> interface_;
     std::optional<Time> backAt_; ///< Away until then.
     std::map<int, Handle> handles_;
+    int opens_ = 0;
+    int receiveErrno_ = 0;
 };
 
 } // namespace Sim

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "sim/device/driver.h"
 
@@ -21,6 +22,8 @@ int Driver::receiveCut(Handle& handle, void* argument)
 /// has in his record.
 int Driver::receive(Handle& handle, ipmi_recv& into, bool cut)
 {
+    if (receiveErrno_)
+        return -std::exchange(receiveErrno_, 0);
     const Message* message = handle.firstDue(clock_.now());
     if (!message)
         return -EAGAIN;

@@ -1,0 +1,244 @@
+#include <gtest/gtest.h>
+#include <syslog.h>
+
+#include "ipmi/IpmiIdentity.h"
+#include "tests/device/node_fixture.h"
+
+using namespace Ipmi;
+
+namespace
+{
+
+class IdentityOnDevice : public NodeFixture
+{
+protected:
+    void SetUp() override
+    {
+        NodeFixture::SetUp();
+        ASSERT_GT(IpmiIfcOpenIpmiOpen(0), 0);
+    }
+};
+
+std::string text(size_t length)
+{
+    std::string result;
+    for (size_t i = 0; i < length; ++i)
+        result += static_cast<char>('a' + i % 26);
+    return result;
+}
+
+TEST_F(IdentityOnDevice, textsOfEveryLengthAreReadAsTheyWereWritten)
+{
+    for (const size_t length : {1, 13, 14, 15, 29, 30, 31, 255}) {
+        SCOPED_TRACE(length);
+        EXPECT_EQ(IpmiIfc::SetOSInfo(text(length), "v" + text(length - 1)), 1);
+        EXPECT_EQ(IpmiIfcReadOS_Name(0), 0);
+        EXPECT_EQ(IpmiIfcReadOS_Version(0), 0);
+        EXPECT_EQ(IpmiIfc::GetBmcReportedOSName(), text(length));
+        EXPECT_EQ(IpmiIfc::GetBmcReportedOSVersion(), "v" + text(length - 1));
+    }
+    takeExchanges();
+    EXPECT_EQ(IpmiIfc::SetOSInfo("", ""), 1);
+    EXPECT_TRUE(takeExchanges().empty());
+}
+
+TEST_F(IdentityOnDevice, aShortLastBlockRepeatsTheTailOfTheOneBefore)
+{
+    const int sequence = g_IpmiNode[0].msgSeq;
+    takeExchanges();
+    EXPECT_EQ(IpmiIfc::SetOSInfo(text(20), ""), 1);
+    const auto sent = takeExchanges();
+    ASSERT_EQ(sent.size(), 2u);
+    EXPECT_EQ(sent[0].data, (Bytes{4, 0, 0, 20, 'a', 'b', 'c', 'd', 'e', 'f',
+                                   'g', 'h', 'i', 'j', 'k', 'l', 'm', 'n'}));
+    EXPECT_EQ(sent[1].data, (Bytes{4, 1, 'o', 'p', 'q', 'r', 's', 't', 'e', 'f',
+                                   'g', 'h', 'i', 'j', 'k', 'l', 'm', 'n'}));
+    EXPECT_EQ(g_IpmiNode[0].msgSeq, sequence + 4);
+}
+
+TEST_F(IdentityOnDevice, writingTheOperatingSystemsNameAndVersion)
+{
+    // By request: network function, command and first data byte.
+    const struct
+    {
+        const char* what;
+        std::vector<std::string> faults;
+        const char *name, *version;
+        int result;
+        const char* written; ///< As parameter 4; null: nothing tried.
+    } cases[] = {
+        {"both", {}, "name", "1.0", 1, "name"},
+        {"no place for the version",
+         {"netfn=06,cmd=58,data=05,cc=80"},
+         "name",
+         "1.0",
+         1,
+         "name 1.0"},
+        {"no place for either",
+         {"netfn=06,cmd=58,cc=80"},
+         "name",
+         "1.0",
+         0,
+         nullptr},
+        {"version refused for another reason",
+         {"netfn=06,cmd=58,data=05,cc=CC"},
+         "name",
+         "1.0",
+         1,
+         "name"},
+        {"version alone refused",
+         {"netfn=06,cmd=58,data=05,cc=80"},
+         "",
+         "1.0",
+         0,
+         nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        serve(c.faults);
+        EXPECT_EQ(IpmiIfc::SetOSInfo(c.name, c.version), c.result);
+        EXPECT_EQ(IpmiIfcReadOS_Name(0), 0);
+        if (c.written) {
+            EXPECT_EQ(IpmiIfc::GetBmcReportedOSName(), c.written);
+        }
+    }
+}
+
+TEST_F(IdentityOnDevice, everyBlockIsSentAndTheLastFailureIsReported)
+{
+    serve({"netfn=06,cmd=58,data=0400,cc=C0", "netfn=06,cmd=58,data=0401,lost",
+           "netfn=06,cmd=58,data=0402,cc=CC"});
+    const std::string value = text(60);
+    uint8_t code = 0;
+    Seam::takeLog();
+    takeExchanges();
+    EXPECT_EQ(set_bmc_prop(value.c_str(), value.size(), 4, code), 0);
+    EXPECT_EQ(code, 0xcc);
+    EXPECT_EQ(takeExchanges().size(), 4u);
+    const auto log = texts(Seam::takeLog());
+    EXPECT_EQ(log.front(),
+              "set_bmc_prop: set bmc prop=4/" + value + " failed cc=0xc0");
+    EXPECT_EQ(log[log.size() - 2],
+              "set_bmc_prop: No response to prop=4, val='" + value + "'");
+}
+
+TEST_F(IdentityOnDevice, aTextThatCannotBeReadWhole)
+{
+    const struct
+    {
+        const char* what;
+        std::vector<std::string> faults;
+        int code;
+        const char* name; ///< Afterwards; "before" if it stays.
+        const char* line;
+        int priority;
+    } cases[] = {
+        {"not supported",
+         {"netfn=06,cmd=59,cc=80"},
+         0x80,
+         "before",
+         "IpmiIfcRhGetOS_Name: BMC does not support OS Names retrieval",
+         LOG_WARNING},
+        {"refused",
+         {"netfn=06,cmd=59,cc=C1"},
+         0xc1,
+         "before",
+         "IpmiIfcRhGetOS_Name: retrieve os_name failed cc=0xc1",
+         LOG_ERR},
+        {"four bytes",
+         {"netfn=06,cmd=59,cut=4"},
+         0,
+         "before",
+         "IpmiIfcRhGetOS_Name: retrieve os_name failed short buffer read (4)",
+         LOG_ERR},
+        {"second block refused",
+         {"netfn=06,cmd=59,data=000401,cc=C0"},
+         0,
+         "abcdefghijklmn",
+         "IpmiIfcRhGetOS_Name: retrieve os_name failed at block 1, cc=0xc0, "
+         "length 1",
+         LOG_WARNING},
+        {"second block empty",
+         {"netfn=06,cmd=59,data=000401,cut=3"},
+         0,
+         "abcdefghijklmn",
+         "IpmiIfcRhGetOS_Name: retrieve os_name failed at block 1, cc=0x0, "
+         "length 3",
+         LOG_WARNING},
+        {"second block without an answer",
+         {"netfn=06,cmd=59,data=000401,lost"},
+         0,
+         "abcdefghijklmn",
+         "IpmiIfcRhGetOS_Name: retrieve os_name failed at block 1, cc=0xff, "
+         "length 0",
+         LOG_WARNING},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        serve({});
+        ASSERT_EQ(IpmiIfc::SetOSInfo("before", ""), 1);
+        ASSERT_EQ(IpmiIfcReadOS_Name(0), 0);
+        ASSERT_EQ(IpmiIfc::SetOSInfo(text(34), ""), 1);
+        setFaults(c.faults);
+        Seam::takeLog();
+        EXPECT_EQ(IpmiIfcReadOS_Name(0), c.code);
+        EXPECT_EQ(IpmiIfc::GetBmcReportedOSName(), c.name);
+        if (c.line) {
+            EXPECT_EQ(Seam::takeLog().back(),
+                      (Seam::LogLine{c.priority, c.line}));
+        }
+    }
+}
+
+// A controller that ignores the set selector gives its first block always.
+TEST_F(IdentityOnDevice, aRepeatedBlockIsNotTakenForTheNext)
+{
+    ASSERT_EQ(IpmiIfc::SetOSInfo(text(34), ""), 1);
+    setFaults({"netfn=06,cmd=59,data=000401,flip=2:01"});
+    EXPECT_EQ(IpmiIfcReadOS_Name(0), 0);
+    EXPECT_EQ(IpmiIfc::GetBmcReportedOSName(), text(14));
+}
+
+TEST_F(IdentityOnDevice, identifyingTheChassis)
+{
+    const struct
+    {
+        const char* what;
+        const char* fault;
+        uint8_t interval, force;
+        Bytes request;
+        int result;
+    } cases[] = {
+        {"for a time", nullptr, 15, 0, {15, 0}, 0},
+        {"until turned off", nullptr, 15, 3, {0, 1}, 0},
+        {"other force bits do not count", nullptr, 15, 2, {15, 0}, 0},
+        {"unknown command", "cmd=04,cc=C1", 15, 0, {15, 0}, 1},
+        {"not in this state", "cmd=04,cc=CD", 15, 0, {15, 0}, 1},
+        {"refused", "cmd=04,cc=C0", 15, 0, {15, 0}, 0xc0},
+        {"no answer", "cmd=04,lost", 15, 0, {15, 0}, 0xff},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        serve({});
+        if (c.fault)
+            setFaults({c.fault});
+        takeExchanges();
+        EXPECT_EQ(IpmiIfc::identifyChassis(c.interval, c.force), c.result);
+        EXPECT_EQ(takeExchanges().at(0).data, c.request);
+    }
+}
+
+TEST_F(IdentityOnDevice, theDeviceIsLeftAsItWasFound)
+{
+    IpmiIfc::GetBMCNetworking();
+    EXPECT_GT(g_IpmiNode[0].devFd, 0) << "it was open";
+    IpmiIfcOpenIpmiClose(0);
+    takeExchanges();
+    IpmiIfc::GetBMCNetworking();
+    EXPECT_EQ(g_IpmiNode[0].devFd, -1);
+    EXPECT_GE(takeExchanges().size(), 3u);
+    EXPECT_EQ(IpmiIfc::SetOSInfo("name", "1.0"), 1);
+    EXPECT_EQ(g_IpmiNode[0].devFd, -1);
+}
+
+} // namespace
