@@ -4,20 +4,12 @@
 #include <nlohmann/json.hpp>
 
 #include "sim/profile/hex.h"
+#include "sim/profile/syntax.h"
 
 namespace Sim
 {
 namespace
 {
-
-/// A key as a part of a JSON pointer (RFC 6901, 3).
-std::string escape(const std::string& key)
-{
-    std::string escaped;
-    for (char c : key)
-        escaped += c == '~' ? "~0" : c == '/' ? "~1" : std::string{c};
-    return escaped;
-}
 
 std::string expected(const std::string& what, const nlohmann::json& found)
 {
@@ -207,7 +199,7 @@ const nlohmann::json* FieldReader::find(const char* key)
 
 std::string FieldReader::at(const std::string& key) const
 {
-    return place_ + '/' + escape(key);
+    return place_ + '/' + escapePointer(key);
 }
 
 void FieldReader::mistake(const std::string& place, const std::string& reason)

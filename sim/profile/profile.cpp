@@ -1,9 +1,8 @@
 #include "sim/profile/profile.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <stdexcept>
@@ -45,6 +44,21 @@ void refuseTwins(Fields& io, const std::vector<Channel>& channels)
         if (!seen.insert(channel.number).second)
             io.refuse("channels", "channel " + std::to_string(channel.number) +
                                       " stands twice");
+}
+
+/// No value leaves the reason in errno. (A C++ stream would not say that the
+/// path is a directory.)
+std::optional<std::string> readFile(const std::string& path)
+{
+    std::unique_ptr<FILE, int (*)(FILE*)> file{std::fopen(path.c_str(), "rbe"),
+                                               std::fclose};
+    if (!file)
+        return std::nullopt;
+    std::string text;
+    char piece[4096];
+    while (size_t size = std::fread(piece, 1, sizeof piece, file.get()))
+        text.append(piece, size);
+    return std::ferror(file.get()) ? std::nullopt : std::make_optional(text);
 }
 
 } // namespace
@@ -104,10 +118,7 @@ std::optional<std::string> findProfile(const std::string& nameOrPath,
     for (const BuiltinProfile& builtin : builtinProfiles())
         if (nameOrPath == builtin.name)
             return builtin.text;
-    errno = 0;
-    std::ifstream file{nameOrPath, std::ios::binary};
-    std::string text{std::istreambuf_iterator<char>{file}, {}};
-    if (file && errno == 0)
+    if (auto text = readFile(nameOrPath))
         return text;
     mistakes.push_back({nameOrPath, std::strerror(errno)});
     return std::nullopt;

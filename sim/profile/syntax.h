@@ -12,6 +12,9 @@ namespace Sim
 /// JSON readers pass over, is a mistake too.
 nlohmann::json parseJson(const std::string& text, Mistakes& mistakes);
 
+/// A key as a part of a JSON pointer (RFC 6901, 3).
+std::string escapePointer(const std::string& key);
+
 } // namespace Sim
 
 #endif

@@ -1,0 +1,185 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "sim/profile/profile.h"
+
+namespace
+{
+
+using namespace Sim;
+
+std::string listed(const Mistakes& mistakes)
+{
+    std::string text;
+    for (const Mistake& mistake : mistakes)
+        text += mistake.place + "|" + mistake.reason + "\n";
+    return text;
+}
+
+/// A profile whose identity has these further fields.
+std::string identity(const std::string& fields)
+{
+    return "{\"identity\": {\"manufacturer\": 1" +
+           (fields.empty() ? "" : ", " + fields) + "}}";
+}
+
+/// A right profile with these further areas.
+std::string areas(const std::string& text)
+{
+    return "{\"identity\": {\"manufacturer\": 1}, " + text + "}";
+}
+
+TEST(SimProfile, everyMistakeIsNamedWithItsPlace)
+{
+    const struct
+    {
+        std::string text;
+        std::string mistakes; ///< What the list has to contain.
+    } cases[] = {
+        {"", "1:1|"},
+        {"{\n  \"identity\": {,}\n}", "2:16|"},
+        {"{\"a\": \"\xFF\"}", "1:8|"},
+        {"[1e999]", "/0|number overflow"},
+        {"[]", "|expected an object, found array"},
+        {"{}", "|\"identity\" is missing"},
+        {"{\"identity\": {}}", "/identity|\"manufacturer\" is missing"},
+        {areas("\"identity\": {}"), "/identity|this key stands twice"},
+        {identity("\"support\": [\"sel\", {\"a\": 1, \"a\": 2}]"),
+         "/identity/support/1/a|this key stands twice"},
+        {areas("\"chasis\": {}"), "/chasis|unknown key; did you mean "
+                                  "\"chassis\"?"},
+        {areas("\"a/b~\": {}"), "/a~1b~0|unknown key\n"},
+        {identity("\"deviceId\": 256"), "/identity/deviceId|expected a whole "
+                                        "number from 0 to 255"},
+        {identity("\"deviceId\": -1"), "/identity/deviceId|"},
+        {identity("\"deviceId\": 1.5"), "/identity/deviceId|"},
+        {identity("\"deviceId\": \"20\""), "/identity/deviceId|"},
+        {identity("\"deviceId\": \"0x120\""), "/identity/deviceId|"},
+        {identity("\"deviceSdrs\": 1"), "expected true or false, found number"},
+        {identity("\"firmware\": \"2\""), "/identity/firmware|"},
+        {identity("\"firmware\": \"128.0\""), "/identity/firmware|"},
+        {identity("\"ipmiVersion\": 2"), "expected a string, found number"},
+        {identity("\"selfTest\": \"55\""), "expected 2 bytes, found 1"},
+        {identity("\"selfTest\": \"5 500\""), "expected bytes such as"},
+        {identity("\"selfTest\": \"55 0\""), "expected bytes such as"},
+        {identity("\"support\": [\"sel\", \"sell\"]"),
+         "/identity/support/1|expected one of \"sensor-device\""},
+        {identity("\"support\": \"sel\""), "expected a list, found string"},
+        {areas("\"systemInfo\": {\"blocks\": 0}"), "/systemInfo/blocks|"},
+        {areas("\"systemInfo\": {\"blocks\": 1, \"osName\": \"fifteen "
+               "letters\"}"),
+         "/systemInfo/osName|15 bytes, 14 fit"},
+        {areas("\"chassis\": 7"), "/chassis|expected an object, found number"},
+        {areas("\"channels\": [{}]"), "/channels/0|\"number\" is missing"},
+        {areas("\"channels\": [{\"number\": 14, \"medium\": \"lan\", "
+               "\"protocol\": \"kcs\"}]"),
+         "/channels/0/number|12 to 14"},
+        {areas("\"channels\": [{\"number\": 1, \"medium\": \"lan\", "
+               "\"protocol\": \"kcs\"}, {\"number\": 1, \"medium\": \"lan\", "
+               "\"protocol\": \"kcs\"}]"),
+         "/channels|channel 1 stands twice"},
+        {areas("\"answers\": [{\"netFn\": 6, \"command\": 1}]"),
+         "/answers/0|\"answer\" is missing"},
+        {areas("\"faults\": [\"cc=c0\", \"cc=x\"]"),
+         "/faults/1|column 1: \"cc\" expects a hexadecimal byte"},
+    };
+    for (const auto& c : cases) {
+        const std::string found = listed(checkProfile(c.text));
+        EXPECT_NE(found.find(c.mistakes), std::string::npos)
+            << c.text << "\nnot \"" << c.mistakes << "\" but\n"
+            << found;
+    }
+    EXPECT_EQ(
+        checkProfile("{\"identity\": {\"support\": [1, 2]}, \"x\": 0}").size(),
+        4u);
+}
+
+TEST(SimProfile, noTextCrashesTheReader)
+{
+    Mistakes mistakes;
+    const auto text = findProfile("two-socket", mistakes);
+    ASSERT_TRUE(text) << listed(mistakes);
+    EXPECT_EQ(listed(checkProfile(*text)), "");
+    for (size_t size = 0; size + 3 < text->size(); ++size)
+        EXPECT_FALSE(checkProfile(text->substr(0, size)).empty()) << size;
+    for (size_t at = 0; at < text->size(); at += 3)
+        for (char c : {'\0', '"', '{', '\xFF', '9'}) {
+            std::string odd = *text;
+            odd[at] = c;
+            checkProfile(odd); // some are still right; none may crash
+        }
+    EXPECT_FALSE(checkProfile(std::string(100000, '[')).empty());
+    std::string deep(100000, '[');
+    EXPECT_FALSE(checkProfile(deep + std::string(100000, ']')).empty());
+}
+
+TEST(SimProfile, whatIsWrittenReadsBackTheSame)
+{
+    Mistakes mistakes;
+    for (const std::string& name : builtinProfileNames()) {
+        const auto profile =
+            readProfile(*findProfile(name, mistakes), mistakes);
+        ASSERT_TRUE(profile) << name << "\n" << listed(mistakes);
+        const std::string text = writeProfile(*profile);
+        const auto again = readProfile(text, mistakes);
+        ASSERT_TRUE(again) << text << listed(mistakes);
+        EXPECT_EQ(writeProfile(*again), text);
+        Bmc first{profile->state}, second{again->state};
+        for (int command = 0; command < 0x60; ++command)
+            for (const Bytes& data :
+                 {Bytes{}, Bytes{0x0F}, Bytes{0, 4, 1, 0}, Bytes{0, 5, 0, 0}})
+                for (uint8_t netFn : {0x00, 0x06})
+                    EXPECT_EQ(first.answer({netFn, uint8_t(command), data}),
+                              second.answer({netFn, uint8_t(command), data}))
+                        << command;
+    }
+}
+
+TEST(SimProfile, everyKeyIsReadAndWritten)
+{
+    const std::string text = R"({
+  "description": "odd",
+  "identity": {
+    "deviceId": "0x7f", "deviceRevision": 15, "deviceSdrs": true,
+    "firmware": "127.99", "updating": true, "ipmiVersion": "1.5",
+    "support": ["chassis"], "manufacturer": "0xFFFFFF", "product": 65535
+  },
+  "chassis": {"powerOn": false, "powerFaults": ["fault"],
+              "restorePolicy": "always-on", "faults": ["cooling"]},
+  "messaging": {"eventBuffer": false, "enables": ["oem-2"]},
+  "answers": [{"netFn": "0x2E", "command": 1, "data": "57 01",
+               "answer": "00 57:01"}],
+  "faults": ["cmd=get-device-id,cc=c0"]
+})";
+    Mistakes mistakes;
+    auto profile = readProfile(text, mistakes);
+    ASSERT_TRUE(profile) << listed(mistakes);
+    const auto again = readProfile(writeProfile(*profile), mistakes);
+    ASSERT_TRUE(again) << listed(mistakes);
+    EXPECT_EQ(again->faults, profile->faults);
+    EXPECT_EQ(again->description, "odd");
+    Bmc bmc{again->state};
+    EXPECT_EQ(bmc.answer({6, 1, {}}),
+              (Bytes{0, 0x7F, 0x8F, 0xFF, 0x99, 0x51, 0x80, 0xFF, 0xFF, 0xFF,
+                     0xFF, 0xFF}));
+    EXPECT_EQ(bmc.answer({0, 1, {}}), (Bytes{0, 0x48, 0, 0x48, 0}));
+    EXPECT_EQ(bmc.answer({6, 0x2F, {}}), (Bytes{0, 0x80}));
+    EXPECT_EQ(bmc.answer({0x2E, 1, {0x57, 1, 0}}), (Bytes{0, 0x57, 1}));
+}
+
+TEST(SimProfile, aPathIsReadAndTheReasonNamedWhenItCannotBe)
+{
+    const std::string path = testing::TempDir() + "sim_profile_test.json";
+    std::ofstream{path} << identity("");
+    Mistakes mistakes;
+    EXPECT_EQ(findProfile(path, mistakes), identity(""));
+    EXPECT_EQ(findProfile("no-such-profile", mistakes), std::nullopt);
+    EXPECT_EQ(listed(mistakes), "no-such-profile|No such file or directory\n");
+    mistakes.clear();
+    EXPECT_EQ(findProfile(testing::TempDir(), mistakes), std::nullopt);
+    EXPECT_NE(listed(mistakes).find("Is a directory"), std::string::npos);
+    EXPECT_THROW(builtinProfile("no-such-profile"), std::invalid_argument);
+}
+
+} // namespace
