@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <numeric>
 
 namespace Sim
 {
@@ -51,21 +50,24 @@ std::optional<uint32_t> parseNumber(const std::string& text, int base,
 namespace
 {
 
-/// Letters to change, drop or add that make one word of the other.
+/// Letters to change, drop, add or swap with their neighbour that make one
+/// word of the other.
 size_t distance(const std::string& a, const std::string& b)
 {
-    std::vector<size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t changed = diagonal + (a[i - 1] != b[j - 1]);
-            diagonal = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, changed});
+    std::vector<std::vector<size_t>> edits(a.size() + 1);
+    for (size_t i = 0; i <= a.size(); ++i) {
+        edits[i].resize(b.size() + 1);
+        for (size_t j = 0; j <= b.size(); ++j) {
+            size_t& here = edits[i][j] = i + j;
+            if (i == 0 || j == 0)
+                continue;
+            here = std::min({edits[i - 1][j] + 1, edits[i][j - 1] + 1,
+                             edits[i - 1][j - 1] + (a[i - 1] != b[j - 1])});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                here = std::min(here, edits[i - 2][j - 2] + 1);
         }
     }
-    return row.back();
+    return edits[a.size()][b.size()];
 }
 
 } // namespace

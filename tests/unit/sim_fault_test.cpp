@@ -64,6 +64,8 @@ TEST(SimFault, aWrongRuleIsRefusedWithPlaceAndReason)
         {"pad=4000000000", "column 1", "\"pad\" expects a size"},
         {"send-errno=EWHAT", "column 1", "\"send-errno\" expects an errno"},
         {"open-errno=EBUSY,cmd=01", "column 18", "an open has no request"},
+        {"lost,nht=1", "column 6",
+         "unknown key \"nht\"; did you mean \"nth\"?"},
         {"silense", "column 1",
          "unknown key \"silense\"; did you mean \"silence\"?"},
     };
