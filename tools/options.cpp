@@ -12,7 +12,9 @@ namespace Tool
 namespace
 {
 
+// Shown with each subcommand's help too, which lists its own options alone.
 constexpr char footer[] =
+    "--json, --verbose and --simulate[=PROFILE] go with every subcommand.\n\n"
     "Exit status: 0 done; 1 usage; 2 no device or no permission; 3 refused by\n"
     "the controller; 4 any other failure or a partial result. With --simulate\n"
     "also 125 to 127: the simulated controller did not start.";

@@ -19,7 +19,7 @@ namespace
 constexpr char mark[] = "VEK_IPMI_SIMULATED";
 
 // Beside the program as installed, then where the build leaves it.
-constexpr const char* places[] = {"", "../sim/", "../sim/device/"};
+constexpr const char* places[] = {"", "../sim/"};
 
 bool servesItself()
 {
@@ -42,7 +42,7 @@ std::string simulatorBeside(const std::string& self)
 {
     const std::string folder = self.substr(0, self.rfind('/') + 1);
     for (const char* place : places) {
-        const std::string path = folder + place + "vek-ipmi-sim";
+        std::string path = folder + place + "vek-ipmi-sim";
         if (access(path.c_str(), X_OK) == 0)
             return path;
     }
@@ -57,14 +57,17 @@ std::vector<std::string> commandLine(const std::string& profile,
     if (!profile.empty())
         line.insert(line.end(), {"--profile", profile});
     line.insert(line.end(), {"--", self});
-    for (char** argument = argv + 1; *argument; ++argument)
-        line.push_back(*argument);
+    char** end = argv + 1;
+    while (*end)
+        ++end;
+    line.insert(line.end(), argv + 1, end);
     return line;
 }
 
 [[noreturn]] void runAgain(std::vector<std::string> line)
 {
     std::vector<char*> pointers;
+    pointers.reserve(line.size() + 1);
     for (std::string& argument : line)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);

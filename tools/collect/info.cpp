@@ -17,13 +17,13 @@ std::array<uint8_t, 16> readDeviceId(Device& device)
 {
     const Completion completion =
         device.ask([] { return Ipmi::IpmiIfcReadDeviceId(0); });
+    if (!completion.ok())
+        throw failureOf("Get Device ID failed", commands::getDeviceId,
+                        completion);
     Ipmi::ipmiifc_device_id id{};
     static_assert(sizeof id == 16);
-    if (!completion.ok() || Ipmi::IpmiIfc::getManagementControllerInfo(id))
-        throw Failure{completion.ok() ? Status::failed : completion.status(),
-                      "Get Device ID failed: " +
-                          inWords(commands::getDeviceId, completion),
-                      nextStep(completion)};
+    if (Ipmi::IpmiIfc::getManagementControllerInfo(id))
+        throw Failure{Status::failed, "Get Device ID's answer is unusable", ""};
     std::array<uint8_t, 16> bytes;
     memcpy(bytes.data(), &id, bytes.size());
     return bytes;

@@ -35,9 +35,8 @@ struct Light
                       "the controller does not support identification (C1h "
                       "or CDh: command not supported)",
                       ""};
-    throw Failure{completion.status(),
-                  inWords(commands::chassisIdentify, completion),
-                  nextStep(completion)};
+    throw failureOf("identification failed", commands::chassisIdentify,
+                    completion);
 }
 
 std::string inTable(const Light& light)

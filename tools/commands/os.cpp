@@ -83,9 +83,7 @@ void write(Device& device, const Texts& texts)
         throw Failure{Status::failed,
                       "the controller did not take all of the text",
                       "Try again; --verbose shows the codes it gave."};
-    throw Failure{refusal.status(),
-                  "not written: " + inWords(commands::setSystemInfo, refusal),
-                  nextStep(refusal)};
+    throw failureOf("not written", commands::setSystemInfo, refusal);
 }
 
 // A controller without a place for the version has it behind the name.

@@ -61,8 +61,7 @@ Status runRaw(const Request& request, const Options& options)
     else if (completion.ok())
         put(answer.data.empty() ? "\n" : hexDump(answer.data));
     if (!completion.ok())
-        complain({completion.status(), inWords(request.command, completion),
-                  nextStep(completion)});
+        complain(failureOf("request failed", request.command, completion));
     else if (answer.possiblyCut)
         std::cerr << "vek-ipmi: note: the answer fills all of the 32 bytes "
                      "that are kept; it may have been longer\n";

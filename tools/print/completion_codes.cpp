@@ -246,4 +246,11 @@ std::string nextStep(const Completion& completion)
     return row && row->next ? row->next : "";
 }
 
+Failure failureOf(const std::string& what, Command command,
+                  const Completion& completion)
+{
+    return {completion.status(), what + ": " + inWords(command, completion),
+            nextStep(completion)};
+}
+
 } // namespace Tool

@@ -49,6 +49,10 @@ std::string inWords(Command command, const Completion& completion);
 /// What to do next; may be empty.
 std::string nextStep(const Completion& completion);
 
+/// "WHAT: C1h: ...", with the exchange's own status and next step.
+Failure failureOf(const std::string& what, Command command,
+                  const Completion& completion);
+
 } // namespace Tool
 
 #endif
