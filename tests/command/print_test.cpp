@@ -123,6 +123,7 @@ TEST(SelfTest, namesEachBitOfCorruptedDevicesOnly)
          {"operational firmware corrupted", "cannot access the SEL device"}},
         {0x58, 0x2A, {"device-specific detail 2Ah"}},
         {0x01, 0x02, {"device-specific detail 02h"}},
+        {0xFF, 0x00, {}},
     };
     for (const auto& c : cases)
         EXPECT_EQ(selfTestFindings(c.result, c.detail), c.findings)
@@ -141,6 +142,7 @@ TEST(Info, formatsTheVersionsAsTheStandardHasThem)
         {0x02, 0x05, 0x51, "2.05", "1.5", true},
         {0x7F, 0x00, 0x02, "127.00", "2.0", true}, // seven bits, not six
         {0x81, 0x99, 0x02, "1.99", "2.0", false},
+        {0x01, 0x1A, 0x02, "1.1a", "2.0", true}, // no BCD; as others print it
     };
     for (const auto& c : cases) {
         Info info;

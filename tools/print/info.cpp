@@ -39,9 +39,7 @@ struct Identity
 // standard has it and other tools print it.
 std::string firmwareVersion(uint8_t major, uint8_t minor)
 {
-    const std::string digits = hexNumber(minor);
-    return std::to_string(major & 0x7F) + "." +
-           digits.substr(0, digits.size() - 1);
+    return std::to_string(major & 0x7F) + "." + hexByte(minor);
 }
 
 std::string ipmiVersion(uint8_t bcd)

@@ -12,16 +12,17 @@ struct Result
 {
     uint8_t code;
     const char* words;
+    bool detailed; ///< The detail byte is the device's own.
 };
 
 constexpr uint8_t corrupted = 0x57;
 
 constexpr Result results[] = {
-    {0x55, "no error"},
-    {0x56, "self-test not implemented in this controller"},
-    {corrupted, "corrupted or inaccessible data or devices"},
-    {0x58, "fatal hardware error"},
-    {0xFF, "reserved result"},
+    {0x55, "no error", false},
+    {0x56, "self-test not implemented in this controller", false},
+    {corrupted, "corrupted or inaccessible data or devices", false},
+    {0x58, "fatal hardware error", true},
+    {0xFF, "reserved result", false},
 };
 
 constexpr BitName findings[] = {
@@ -35,22 +36,26 @@ constexpr BitName findings[] = {
     {7, "cannot access the SEL device"},
 };
 
+Result find(uint8_t code)
+{
+    for (const Result& row : results)
+        if (row.code == code)
+            return row;
+    return {code, "device-specific internal failure", true};
+}
+
 } // namespace
 
 std::string selfTestInWords(uint8_t result)
 {
-    for (const Result& row : results)
-        if (row.code == result)
-            return row.words;
-    return "device-specific internal failure";
+    return find(result).words;
 }
 
 std::vector<std::string> selfTestFindings(uint8_t result, uint8_t detail)
 {
     if (result == corrupted)
         return namesOfBits(findings, detail);
-    // The other failures leave the byte to the device.
-    if (result >= 0x55 && result <= 0x56)
+    if (!find(result).detailed)
         return {};
     return {"device-specific detail " + hexNumber(detail)};
 }

@@ -51,19 +51,19 @@ size_t characterLength(std::string_view text)
     return 0;
 }
 
-std::string hexByte(uint8_t value)
-{
-    char text[3];
-    snprintf(text, sizeof text, "%02x", value);
-    return text;
-}
-
 } // namespace
 
 std::string hexNumber(unsigned value, int digits)
 {
     char text[16];
     snprintf(text, sizeof text, "%0*Xh", digits, value);
+    return text;
+}
+
+std::string hexByte(uint8_t value)
+{
+    char text[3];
+    snprintf(text, sizeof text, "%02x", value);
     return text;
 }
 

@@ -15,6 +15,9 @@ using Bytes = std::vector<uint8_t>;
 /// As IPMI writes numbers: "C1h", with at least `digits` digits.
 std::string hexNumber(unsigned value, int digits = 2);
 
+/// "0a"
+std::string hexByte(uint8_t value);
+
 /// "20 01 bf": `perLine` bytes a line, each line ended.
 std::string hexDump(const Bytes& bytes, size_t perLine = 16);
 
