@@ -75,6 +75,10 @@ int result(int value)
 constexpr const char* served[] = {"/dev/ipmi0", "/dev/ipmi/0",
                                   "/dev/ipmidev/0"};
 
+/// What begins so leads to a controller: by a driver, a bus or its ports.
+constexpr const char* controllers[] = {"/dev/ipmi", "/dev/imb", "/dev/bmc",
+                                       "/dev/i2c-", "/dev/port"};
+
 } // namespace
 
 bool active()
@@ -85,9 +89,12 @@ bool active()
 
 bool isDevice(const char* path)
 {
-    constexpr char prefix[] = "/dev/ipmi";
-    return path && std::strncmp(path, prefix, sizeof prefix - 1) == 0 &&
-           active();
+    if (!path || std::strncmp(path, "/dev/", 5) != 0)
+        return false;
+    for (const char* prefix : controllers)
+        if (std::strncmp(path, prefix, std::strlen(prefix)) == 0)
+            return active();
+    return false;
 }
 
 int open(const char* path, int flags)

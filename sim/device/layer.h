@@ -15,7 +15,8 @@ namespace Sim::Layer
 /// the layer lets every call through.
 bool active();
 
-/// A path of an IPMI device, simulated or not: none reaches the kernel.
+/// A path that leads to a controller, simulated or not: none reaches the
+/// kernel.
 bool isDevice(const char* path);
 
 /// As the calls of these names: -1 and errno for a failure.

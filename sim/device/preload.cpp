@@ -1,5 +1,6 @@
 /// libvek-ipmi-sim.so: the device layer for anybody's program, as the
 /// environment says (sim/environment.h).
+#include <cerrno>
 #include <cstdio>
 
 #include <unistd.h>
@@ -86,6 +87,23 @@ extern "C"
     {
         static const auto next = Sim::nextDefinition<uid_t()>("geteuid");
         return looksLikeRoot ? 0 : next();
+    }
+
+    // The ways to a controller that do without the driver: by its ports, some
+    // clients try them first.
+    int iopl(int level);
+    int ioperm(unsigned long from, unsigned long count, int on);
+
+    int iopl(int)
+    {
+        errno = EPERM;
+        return -1;
+    }
+
+    int ioperm(unsigned long, unsigned long, int)
+    {
+        errno = EPERM;
+        return -1;
     }
 
 } // extern "C"

@@ -27,7 +27,9 @@ namespace
 using Sim::Bytes;
 namespace Device = Sim::Device;
 
-constexpr double shortened = 0.01;
+/// Real time of a simulated second; the longer one where an answer must not
+/// yet be there.
+constexpr double shortened = 0.01, lessShortened = 0.1;
 constexpr uint8_t netFnApp = 0x06, netFnOem = 0x2E, getDeviceId = 0x01;
 
 struct Received
@@ -141,6 +143,14 @@ protected:
         Device::install(
             std::make_unique<Sim::Controller>(std::move(bmc), Sim::FaultSet{}));
     }
+    static void installFaulty(const std::string& rule)
+    {
+        Sim::Mistakes mistakes;
+        Sim::Setup setup;
+        setup.faults = {rule};
+        Device::install(Sim::makeController(setup, mistakes));
+        ASSERT_TRUE(mistakes.empty()) << rule;
+    }
     void TearDown() override { Device::reset(); }
 };
 
@@ -164,7 +174,7 @@ TEST_F(SimDevice, onlyAnInstalledControllerIsThere)
 TEST_F(SimDevice, silenceIsAnsweredByTheDriver)
 {
     install({{netFnOem, 1, {}, {}}});
-    Device::setTimeScale(shortened);
+    Device::setTimeScale(lessShortened);
     Client silent, behind;
     silent.send(netFnOem, 1, 5);
     behind.send(netFnApp, 0xFE, 6);
@@ -185,6 +195,78 @@ TEST_F(SimDevice, anAnswerThatIsTooLongIsCutByTheDriver)
     EXPECT_EQ(answer(netFnOem, 1, cut), client.await());
     client.send(netFnOem, 2);
     EXPECT_EQ(answer(netFnOem, 2, Bytes(270)), client.await());
+}
+
+TEST_F(SimDevice, faultsAreWhatTheDriverMakesOfThem)
+{
+    const uint8_t unknown = 0xFE;
+    const auto answered = [&](uint8_t code) {
+        return answer(netFnApp, unknown, {code});
+    };
+    const Received nothing{EAGAIN, 0, 0, 0, 0, {}};
+    const struct
+    {
+        const char* rule;
+        int sendError;
+        Received received;
+    } rows[] = {{"cc=d1", 0, answered(0xD1)},
+                {"answer-netfn=09", 0, answered(0xFF)},
+                {"answer-cmd=01", 0, answered(0xFF)},
+                {"cut=0", 0, answered(0xC3)},
+                {"silence", 0, answered(0xC3)},
+                {"delay=3900", 0, answered(0xC1)},
+                {"delay=4000", 0, answered(0xC3)},
+                {"lost", 0, nothing},
+                {"vanish=0", 0, nothing},
+                {"send-errno=EBUSY", EBUSY, nothing}};
+    for (const auto& row : rows) {
+        installFaulty(row.rule);
+        Device::setTimeScale(shortened);
+        Client client;
+        EXPECT_EQ(row.sendError, client.send(netFnApp, unknown)) << row.rule;
+        client.readable(100);
+        EXPECT_EQ(row.received, client.receive()) << row.rule;
+    }
+    installFaulty("open-errno=EACCES,count=1");
+    EXPECT_EQ(EACCES, Client().openError());
+    EXPECT_EQ(0, Client().openError());
+}
+
+TEST_F(SimDevice, aDeviceThatVanishesForAWhileComesBackByItself)
+{
+    installFaulty("vanish=2000,count=1");
+    Device::setTimeScale(lessShortened);
+    Client old;
+    EXPECT_EQ(0, old.send(netFnApp, getDeviceId)) << "lost in silence";
+    EXPECT_EQ(ENOENT, Client().openError());
+    EXPECT_FALSE(old.readable(300));
+    EXPECT_EQ(0, Client().openError());
+    EXPECT_EQ(ENODEV, old.send(netFnApp, getDeviceId));
+}
+
+TEST_F(SimDevice, theDriverRepeatsBridgedRequestsBeforeItGivesUp)
+{
+    const struct
+    {
+        int retries;
+        unsigned timeMs;
+        int leastMs; ///< Of real time.
+    } rows[] = {{0, 1000, 10}, {3, 1000, 40}, {-1, 0, 100}};
+    install();
+    Device::setTimeScale(shortened);
+    for (const auto& row : rows) {
+        Client client;
+        ipmi_timing_parms timing{row.retries, row.timeMs};
+        client.control(IPMICTL_SET_TIMING_PARMS_CMD, &timing);
+        ipmi_ipmb_addr to{IPMI_IPMB_ADDR_TYPE, 0, 0x52, 0};
+        Bytes none;
+        const auto sent = std::chrono::steady_clock::now();
+        ASSERT_EQ(
+            0, client.sendTo(&to, sizeof to, netFnApp, getDeviceId, 1, none));
+        EXPECT_EQ(answer(netFnApp, getDeviceId, {0xC3}), client.await());
+        EXPECT_GE(std::chrono::steady_clock::now() - sent,
+                  std::chrono::milliseconds(row.leastMs));
+    }
 }
 
 Received eventOf(const Bytes& bytes)
@@ -227,7 +309,7 @@ TEST_F(SimDevice, noMoreThan25EventsAreKept)
 TEST_F(SimDevice, aDeviceThatVanishesLeavesItsHandlesDeadForEver)
 {
     install({{netFnOem, 1, {}, {}}});
-    Device::setTimeScale(shortened);
+    Device::setTimeScale(lessShortened);
     Client arrived, inFlight;
     arrived.send(netFnApp, 0xFE);
     ASSERT_TRUE(arrived.readable(5000));
@@ -235,7 +317,7 @@ TEST_F(SimDevice, aDeviceThatVanishesLeavesItsHandlesDeadForEver)
     Device::vanish();
     EXPECT_EQ(ENOENT, Client().openError());
     EXPECT_EQ(answer(netFnApp, 0xFE, {0xC1}), arrived.await());
-    EXPECT_FALSE(inFlight.readable(100));
+    EXPECT_FALSE(inFlight.readable(500));
     EXPECT_EQ(EAGAIN, inFlight.receive().error);
     Device::comeBack();
     Client fresh;
