@@ -188,8 +188,9 @@ void Driver::answerBridged(Handle& handle, const Outcome& outcome,
         return;
     }
     const int tries = (timing.retries < 0 ? 4 : timing.retries) + 1;
-    const unsigned eachMs = timing.retryTimeMs ? timing.retryTimeMs : 2000;
-    answer.due = clock_.now() + clock_.scaled(tries * milliseconds(eachMs));
+    const milliseconds each(timing.retryTimeMs ? timing.retryTimeMs : 2000);
+    // Its second was measured to last 1024 ms.
+    answer.due = clock_.now() + clock_.scaled(tries * each * 1024 / 1000);
     answer.data = {cc::timeout};
     handle.deliver(std::move(answer));
 }
