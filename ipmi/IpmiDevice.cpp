@@ -25,11 +25,21 @@ struct DevicePath
     char text[32];
 };
 
+// Who opened the device. One that an operation opened for itself is closed
+// behind the last such user, unless a node has taken it over by then.
+bool openedForUse VEK_GUARDED_BY(g_IpmiNode[0].ifcMutex) = false;
+int users VEK_GUARDED_BY(g_IpmiNode[0].ifcMutex) = 0;
+
 int openDevice(const DevicePath& path)
 {
-    const int fd = open(path.text, O_RDWR | O_CLOEXEC);
+    int fd = open(path.text, O_RDWR | O_CLOEXEC);
+    if (fd == 0) {
+        // Standard input was closed; 0 counts as not open everywhere here.
+        fd = open(path.text, O_RDWR | O_CLOEXEC);
+        close(0);
+    }
     g_IpmiNode[0].devFd = fd;
-    if (fd >= 0)
+    if (fd > 0)
         g_IpmiNode[0].devOpen = 1;
     return fd;
 }
@@ -38,58 +48,80 @@ int openDevice(const DevicePath& path)
 unsigned positiveFromEnvironment(const char* name)
 {
     const char* text = getenv(name);
-    const long value = text ? strtol(text, nullptr, 10) : 0;
+    const long long value = text ? strtoll(text, nullptr, 10) : 0;
     return value > 0 && value <= 0x7fffffff ? static_cast<unsigned>(value) : 0;
 }
 
 void closeAndForget(VEK::Relaxed<int>& fd)
 {
-    if (fd != -1)
-        close(fd);
-    fd = -1;
+    const int old = fd.exchange(-1);
+    if (old != -1)
+        close(old);
 }
 
 } // namespace
 
-int IpmiIfcOpenIpmiOpen(int)
+int openLogged()
 {
     const DevicePath path;
-    if (openDevice(path) >= 0)
-        return g_IpmiNode[0].devFd;
+    const int fd = openDevice(path);
+    if (fd > 0)
+        return fd;
     const int reason = errno;
-    syslog(LOG_ERR, "%s: open(%s, RDWR) failed %d %m", __func__, path.text,
-           reason);
+    syslog(LOG_ERR, "%s: open(%s, RDWR) failed %d %m", "IpmiIfcOpenIpmiOpen",
+           path.text, reason);
     errno = reason;
     return -1;
+}
+
+void closeDevice()
+{
+    // 0 counts as not open here as it does when sending: the record's
+    // descriptor is 0 before the first open, and that is standard input.
+    const int fd = g_IpmiNode[0].devFd.exchange(-1);
+    if (fd > 0)
+        close(fd);
+    g_IpmiNode[0].devOpen = 0;
+}
+
+int IpmiIfcOpenIpmiOpen(int)
+{
+    VEK::MutexLock exchange{g_IpmiNode[0].ifcMutex};
+    openedForUse = false;
+    if (g_IpmiNode[0].devOpen == 1)
+        closeDevice();
+    return openLogged();
+}
+
+void IpmiIfcOpenIpmiClose(int)
+{
+    VEK::MutexLock exchange{g_IpmiNode[0].ifcMutex};
+    openedForUse = false;
+    closeDevice();
 }
 
 bool openDeviceQuietly()
 {
     VEK::MutexLock exchange{g_IpmiNode[0].ifcMutex};
-    return g_IpmiNode[0].devFd > 0 || openDevice(DevicePath{}) >= 0;
+    openedForUse = false;
+    return g_IpmiNode[0].devFd > 0 || openDevice(DevicePath{}) > 0;
 }
 
-void IpmiIfcOpenIpmiClose(int)
+DeviceUse::DeviceUse()
 {
-    IpmiNode& node = g_IpmiNode[0];
-    // 0 counts as not open here as it does when sending: the record's
-    // descriptor is 0 before the first open, and that is standard input.
-    if (node.devFd > 0)
-        close(node.devFd);
-    node.devFd = -1;
-    node.devOpen = 0;
-}
-
-DeviceUse::DeviceUse() : opened_{g_IpmiNode[0].devOpen != 1}
-{
-    if (opened_)
-        IpmiIfcOpenIpmiOpen(0);
+    VEK::MutexLock exchange{g_IpmiNode[0].ifcMutex};
+    ++users;
+    if (g_IpmiNode[0].devOpen != 1)
+        openedForUse = openLogged() > 0;
 }
 
 DeviceUse::~DeviceUse()
 {
-    if (opened_)
-        IpmiIfcOpenIpmiClose(0);
+    VEK::MutexLock exchange{g_IpmiNode[0].ifcMutex};
+    if (--users > 0 || !openedForUse)
+        return;
+    openedForUse = false;
+    closeDevice();
 }
 
 void IpmiIfcSetTimingParms(int)

@@ -1,13 +1,14 @@
 // Reading the sensor health table. The format has no comments; a line without
 // a health section is counted and dropped.
+#include <cctype>
 #include <cerrno>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <syslog.h>
+#include <vek-ipmi/VekMutex.h>
 
 #include "ipmi/IpmiMapper.h"
-#include "vek-ipmi/VekMutex.h"
 
 namespace Ipmi
 {
@@ -47,7 +48,9 @@ void readHealthSection(std::istream& line, HealthTableEntry& entry)
     if (!line.get(next) || next == ':')
         return;
     line.putback(next);
-    line >> entry.healthState;
+    uint16_t health;
+    if (line >> health)
+        entry.healthState = health;
     dropSeparator(line);
 }
 

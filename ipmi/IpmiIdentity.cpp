@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <cstring>
 
 #include "ipmi/IpmiNode.h"
@@ -42,7 +43,8 @@ int IpmiIfcRhGetDeviceId(ipmiifc_resp* resp)
         return -1;
     IpmiNode& node = g_IpmiNode[0];
     VEK::MutexLock lock{node.infoMutex};
-    std::copy_n(resp->data, sizeof(ipmiifc_device_id), node.deviceId);
+    VEK::MutexLock bytes{node.identityMutex};
+    memcpy(&node.deviceId, resp->data, sizeof node.deviceId);
     node.deviceIdAnswered = true;
     return 0;
 }
@@ -53,18 +55,18 @@ int IpmiIfcRhGetSelfTest(ipmiifc_resp* resp)
         return -1;
     IpmiNode& node = g_IpmiNode[0];
     VEK::MutexLock lock{node.infoMutex};
-    std::copy_n(resp->data, 3, node.selfTest);
+    VEK::MutexLock bytes{node.identityMutex};
+    std::copy_n(resp->data, sizeof node.selfTest, node.selfTest);
     return 0;
 }
 
 int IpmiIfc::getManagementControllerInfo(int, ipmiifc_device_id& out)
 {
-    const IpmiNode& node = g_IpmiNode[0];
-    if (!node.deviceIdAnswered || node.deviceId[0] != 0)
+    IpmiNode& node = g_IpmiNode[0];
+    VEK::MutexLock lock{node.identityMutex};
+    if (!node.deviceIdAnswered || node.deviceId.completionCode != 0)
         return 1;
-    uint8_t bytes[sizeof out];
-    std::copy_n(node.deviceId, sizeof bytes, bytes);
-    memcpy(&out, bytes, sizeof out);
+    out = node.deviceId;
     return 0;
 }
 
@@ -103,7 +105,8 @@ const char* IpmiIfc::getManufacturerName(unsigned id)
 
 int IpmiIfc::getSelfTestResults(int, uint8_t& result, uint8_t& detail)
 {
-    const IpmiNode& node = g_IpmiNode[0];
+    IpmiNode& node = g_IpmiNode[0];
+    VEK::MutexLock lock{node.identityMutex};
     // No result is coded 0 (IPMI v2.0, 20.4): nothing was read yet.
     if (node.selfTest[1] == 0)
         return 1;

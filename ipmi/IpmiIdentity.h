@@ -14,6 +14,9 @@
 namespace Ipmi
 {
 
+/// Network function App (IPMI v2.0, table 5-1).
+constexpr uint8_t app = 0x06;
+
 /// System information parameters (IPMI v2.0, table 22-16).
 constexpr uint8_t osNameParameter = 4;
 constexpr uint8_t osVersionParameter = 5;

@@ -108,14 +108,30 @@ void run(IpmiNode& node, int interval)
     syslog(LOG_DEBUG, "Node %d: IpmiIfc poll thread exiting", 0);
 }
 
+// stop has done all that it does.
+VEK::Relaxed<bool> stopEnded{false};
+
+void closeAll()
+{
+    closeWakeUpPipe();
+    IpmiIfcOpenIpmiClose(0);
+}
+
 // What a start that failed has left open: a caller may try again and again
 // until there is a device.
 void closeLeftovers(const IpmiNode& node)
 {
-    if (node.shutdownFlag || _getState(0) != IpmiIfc::STATE_STOPPED)
-        return;
-    closeWakeUpPipe();
-    IpmiIfcOpenIpmiClose(0);
+    if (!node.shutdownFlag && _getState(0) == IpmiIfc::STATE_STOPPED)
+        closeAll();
+}
+
+// A start after the stop has nobody left to close behind it.
+void endStart()
+{
+    if (stopEnded)
+        closeAll();
+    _setState(0, IpmiIfc::STATE_STOPPED);
+    logStopped();
 }
 
 } // namespace
@@ -130,12 +146,10 @@ void IpmiIfc::start(int node, int interval)
     try {
         run(record, interval);
     } catch (...) {
-        _setState(0, STATE_STOPPED);
-        logStopped();
+        endStart();
         throw;
     }
-    _setState(0, STATE_STOPPED);
-    logStopped();
+    endStart();
 }
 
 void IpmiIfc::start(int interval)
@@ -170,10 +184,10 @@ void IpmiIfc::stop(int node)
         // An exchange that is still in progress has then finished.
         VEK::MutexLock lock{record.ifcMutex};
     }
-    closeWakeUpPipe();
-    IpmiIfcOpenIpmiClose(0);
+    closeAll();
     if (loopAreas.cleanUp)
         loopAreas.cleanUp(0);
+    stopEnded = true;
 }
 
 void IpmiIfc::stop()
@@ -185,16 +199,21 @@ int IpmiIfcInitForCLI(int)
 {
     constexpr int driversAddress = 0x20;
     IpmiNode& node = g_IpmiNode[0];
+    if (_getState(0) == IpmiIfc::STATE_CLI)
+        closeWakeUpPipe();
     InitIpmiNode(0);
     node.myAddress = driversAddress;
     if (!makeWakeUpPipe())
         return -1;
-    if (IpmiIfcOpenIpmiAddressSet(0) != 0)
+    if (IpmiIfcOpenIpmiAddressSet(0) != 0) {
+        closeWakeUpPipe();
         return -2;
+    }
     IpmiIfcSetTimingParms(0);
     {
         VEK::MutexLock lock{node.stateMutex};
         node.state = IpmiIfc::STATE_CLI;
+        node.stateCond.broadcast();
     }
     LoadSensorHealthDataFile();
     if (healthList.empty())

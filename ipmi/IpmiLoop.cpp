@@ -1,5 +1,6 @@
 #include "ipmi/IpmiLoop.h"
 
+#include <algorithm>
 #include <cxxabi.h>
 #include <sys/time.h>
 #include <syslog.h>
@@ -164,7 +165,9 @@ void Loop::waitForRequest()
         node_.pollCond.wait(node_.pollMutex);
         return;
     }
-    const long long seconds = interval * 16LL;
+    // A month is as good as never, and fits a time of day of any width.
+    constexpr long long longest = 30 * 24 * 3600;
+    const long long seconds = std::min(interval * 16LL, longest);
     syslog(LOG_DEBUG, "Node %d: IpmiIfc::poll sleeping for %d second(s)", 0,
            static_cast<int>(seconds));
     timeval now;
@@ -290,6 +293,11 @@ void IpmiIfc::poll(int node)
 {
     syslog(LOG_DEBUG, "Node %d: IpmiIfc::poll called", node);
     Loop{g_IpmiNode[0]}.run();
+}
+
+void IpmiIfc::poll()
+{
+    poll(0);
 }
 
 void IpmiIfc::doPoll(int)

@@ -1,5 +1,8 @@
 #include "ipmi/IpmiNode.h"
 
+#include <algorithm>
+#include <iterator>
+#include <limits>
 #include <sys/time.h>
 #include <syslog.h>
 
@@ -21,17 +24,20 @@ void InitIpmiNode(int node)
     record.signalCmdPipeFds[FD_READ] = -1;
     record.signalCmdPipeFds[FD_WRITE] = -1;
     record.pollingInterval = -1;
-    record.deviceIdAnswered = false;
-    for (auto& byte : record.deviceId)
-        byte = 0;
-    for (auto& byte : record.selfTest)
-        byte = 0;
+    {
+        VEK::MutexLock lock{record.identityMutex};
+        record.deviceIdAnswered = false;
+        record.deviceId = {};
+        std::fill(std::begin(record.selfTest), std::end(record.selfTest),
+                  uint8_t{0});
+    }
     {
         VEK::MutexLock lock{record.selMutex};
         record.selHandlers = nullptr;
     }
     VEK::MutexLock lock{record.stateMutex};
     record.state = IpmiIfc::STATE_INITIAL;
+    record.stateCond.broadcast();
 }
 
 void _setState(int, IpmiIfc::IPMI_STATE state)
@@ -92,16 +98,26 @@ IpmiIfc::IPMI_STATE IpmiIfc::waitState(int mask)
 namespace
 {
 
+// Now and so much later; as far as a time of day goes, whatever the caller
+// asks for.
 timespec deadlineAfter(long sec, long usec)
 {
-    constexpr long nanosecondsPerSecond = 1000000000;
+    constexpr long long million = 1000000;
+    constexpr long long latest = std::numeric_limits<time_t>::max() / 2;
     timeval now;
     gettimeofday(&now, nullptr);
-    const long long nanoseconds = (usec + 0LL + now.tv_usec) * 1000;
+    long long micros = now.tv_usec + usec % million;
+    long long seconds = std::clamp<long long>(sec, -latest, latest) +
+                        usec / million + now.tv_sec;
+    if (micros < 0) {
+        micros += million;
+        --seconds;
+    }
+    seconds += micros / million;
     timespec deadline;
-    deadline.tv_sec = now.tv_sec + sec +
-                      static_cast<time_t>(nanoseconds / nanosecondsPerSecond);
-    deadline.tv_nsec = static_cast<long>(nanoseconds % nanosecondsPerSecond);
+    deadline.tv_sec =
+        static_cast<time_t>(std::clamp<long long>(seconds, 0, latest));
+    deadline.tv_nsec = static_cast<long>(micros % million * 1000);
     return deadline;
 }
 

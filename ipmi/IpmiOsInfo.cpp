@@ -16,7 +16,6 @@ namespace Ipmi
 namespace
 {
 
-constexpr uint8_t app = 0x06;
 constexpr uint8_t setSystemInfo = 0x58;
 constexpr uint8_t getSystemInfo = 0x59;
 constexpr uint8_t parameterNotSupported = 0x80;
@@ -41,17 +40,23 @@ constexpr OsText nameText = {"IpmiIfcRhGetOS_Name", "os_name", "Names",
 constexpr OsText versionText = {"IpmiIfcRhGetOS_Version", "os_version",
                                 "Versions", osVersionParameter};
 
-// Appends the text bytes behind a block's header, no more than the block or
-// the whole text can hold. False for a block that brings none.
-bool appendBlock(const ipmiifc_resp& resp, size_t header, size_t most,
+// Appends what a block brings of the text. False unless that is all that the
+// block, or the rest of the text, has room for: what follows a gap would stand
+// in the wrong place.
+bool appendBlock(const ipmiifc_resp& resp, size_t header, size_t room,
                  size_t length, std::string& text)
 {
-    const auto held = static_cast<size_t>(resp.data_len);
-    if (held <= header)
-        return false;
-    const size_t count = std::min({held - header, most, length - text.size()});
-    text.append(reinterpret_cast<const char*>(resp.data) + header, count);
-    return count != 0;
+    const size_t due = std::min(room, length - text.size());
+    const std::string_view brought = viewOf(resp).text(header, due);
+    text += brought;
+    return brought.size() == due;
+}
+
+void logEnd(const OsText& what, int block, int code, int length)
+{
+    syslog(LOG_WARNING,
+           "%s: retrieve %s failed at block %d, cc=0x%x, length %d",
+           what.function, what.name, block, unsigned(code), length);
 }
 
 // Reads one block behind the first. False, with a log line, for a block that
@@ -61,17 +66,13 @@ bool readFurtherBlock(const OsText& what, uint8_t selector, size_t length,
 {
     constexpr size_t header = 3; // code, revision, set selector
     uint8_t request[4] = {0x00, what.parameter, selector, 0x00};
-    ipmiifc_resp* resp =
-        IpmiIfcSendCmd(0, getSystemInfo, app, 0, sizeof request, request, 0);
+    const Response resp{
+        IpmiIfcSendCmd(0, getSystemInfo, app, 0, sizeof request, request, 0)};
     const int code = resp ? resp->cc : noAnswer;
-    const bool good = code == 0 && resp->data[2] == selector &&
+    const bool good = code == 0 && viewOf(*resp).u8(2) == selector &&
                       appendBlock(*resp, header, blockText, length, text);
     if (!good)
-        syslog(LOG_WARNING,
-               "%s: retrieve %s failed at block %d, cc=0x%x, length %d",
-               what.function, what.name, selector, code,
-               resp ? int(resp->data_len) : 0);
-    IpmiIfcRespDel(&resp);
+        logEnd(what, selector, code, resp ? int(resp->data_len) : 0);
     return good;
 }
 
@@ -97,22 +98,24 @@ bool firstBlockIsGood(const OsText& what, const ipmiifc_resp& resp)
 }
 
 // The whole text whose first block is given. A block that fails ends it and
-// keeps what was read; the selector bounds the number of blocks.
+// keeps what was read.
 std::string readText(const OsText& what, const ipmiifc_resp& first)
 {
     constexpr size_t header = 5; // ... set selector, encoding, length
-    const size_t length = first.data[4];
+    const size_t length = viewOf(first).u8(4);
     std::string text;
-    appendBlock(first, header, firstBlockText, length, text);
-    for (uint8_t selector = 1; text.size() < length && selector != 0;
-         ++selector)
+    if (!appendBlock(first, header, firstBlockText, length, text)) {
+        logEnd(what, 0, first.cc, first.data_len);
+        return text;
+    }
+    for (uint8_t selector = 1; text.size() < length; ++selector)
         if (!readFurtherBlock(what, selector, length, text))
             break;
     return text;
 }
 
-// One request of 18 bytes, sent with all of them: the controllers that this
-// was made for expect the tail of the block before in a short last block.
+// One request of 18 bytes. All of them are sent, so that a short last block
+// carries the tail of the one before: kept, it has always been so on the wire.
 struct SetRequest
 {
     static constexpr size_t size = 18;
@@ -124,20 +127,18 @@ int sendBlock(SetRequest& request, const char* value, uint8_t parameter,
 {
     IpmiNode& node = g_IpmiNode[0];
     // The message id advances by two a block: once here, once in the send.
-    ipmiifc_resp* resp = IpmiIfcSendCmd(0, setSystemInfo, app, node.msgSeq++,
-                                        request.size, request.bytes, 0);
+    const Response resp{IpmiIfcSendCmd(0, setSystemInfo, app, node.msgSeq++,
+                                       request.size, request.bytes, 0)};
     if (!resp) {
         syslog(LOG_DEBUG, "%s: No response to prop=%d, val='%s'",
                "set_bmc_prop", parameter, value);
         return 0;
     }
-    const uint8_t code = resp->cc;
-    IpmiIfcRespDel(&resp);
-    if (code == 0)
+    if (resp->cc == 0)
         return 1;
     syslog(LOG_DEBUG, "%s: set bmc prop=%d/%s failed cc=0x%x", "set_bmc_prop",
-           parameter, value, code);
-    ccOut = code;
+           parameter, value, resp->cc);
+    ccOut = resp->cc;
     return 0;
 }
 

@@ -53,6 +53,28 @@ void logStarted(int i, int tries)
         syslog(LOG_DEBUG, "Poll thread for node %d started", i);
 }
 
+// Locks again on every way out, cancellation included.
+class MutexUnlock
+{
+public:
+    explicit MutexUnlock(VEK::Mutex& mutex) : mutex_{mutex}
+    {
+        pthread_mutex_unlock(mutex_.native());
+    }
+    ~MutexUnlock() { pthread_mutex_lock(mutex_.native()); }
+    MutexUnlock(const MutexUnlock&) = delete;
+    MutexUnlock& operator=(const MutexUnlock&) = delete;
+
+private:
+    VEK::Mutex& mutex_;
+};
+
+void sleepUnlocked(VEK::Mutex& mutex) VEK_REQUIRES(mutex)
+{
+    MutexUnlock unlocked{mutex};
+    sleep(1);
+}
+
 // False when the caller shuts down meanwhile.
 bool waitForThread(IpmiNode& node, int i, const bool* shutdown)
     VEK_REQUIRES(node.pollMutex)
@@ -72,9 +94,7 @@ bool waitForThread(IpmiNode& node, int i, const bool* shutdown)
                    "Still waiting for poll thread for node %d to start (%d "
                    "tries",
                    i, tries);
-        node.pollMutex.unlock();
-        sleep(1);
-        node.pollMutex.lock();
+        sleepUnlocked(node.pollMutex);
     }
     logStarted(i, tries);
     return true;

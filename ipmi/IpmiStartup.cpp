@@ -10,7 +10,6 @@ namespace Ipmi
 namespace
 {
 
-constexpr uint8_t app = 0x06;
 constexpr uint8_t storage = 0x0a;
 
 // The parameter itself (not its revision alone), its selector, set selector
@@ -42,13 +41,11 @@ int sendOneShot(const OneShotCommand& entry)
     request.cmd = entry.cmd;
     request.data_len = entry.data_len;
     request.data = entry.data;
-    ipmiifc_resp* resp = IpmiIfcSend(0, &request, entry.flags);
+    const Response resp{IpmiIfcSend(0, &request, entry.flags)};
     if (!resp)
         return noAnswer;
-    entry.handler(resp);
-    const int code = resp->cc;
-    IpmiIfcRespDel(&resp);
-    return code;
+    entry.handler(resp.get());
+    return resp->cc;
 }
 
 } // namespace

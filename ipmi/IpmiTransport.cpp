@@ -65,10 +65,10 @@ Target targetOf(const IpmiNode& node)
 
 // Replaces a handle that may be wedged. The new one keeps the driver's own
 // timing, address and event setting.
-void ReopenPort()
+void ReopenPort() VEK_REQUIRES(g_IpmiNode[0].ifcMutex)
 {
-    IpmiIfcOpenIpmiClose(0);
-    if (IpmiIfcOpenIpmiOpen(0) < 0)
+    closeDevice();
+    if (openLogged() < 0)
         syslog(LOG_INFO, "Node %d: Unable to open node %s", 0, strerror(errno));
 }
 
@@ -170,6 +170,7 @@ ipmiifc_resp* discard(ipmiifc_resp* resp, const ipmiifc_resp* given)
 
 ipmiifc_resp* takeAnswer(const IpmiNode& node, const ipmiifc_req& sent,
                          int flags, ipmiifc_resp* given)
+    VEK_REQUIRES(g_IpmiNode[0].ifcMutex)
 {
     ipmiifc_resp* resp = given;
     if (given ? IpmiIfcRespReuse(given) : IpmiIfcRespNew(&resp)) {
@@ -232,7 +233,7 @@ ipmiifc_resp* IpmiIfcSendWresponse(int, ipmiifc_req* req, int flags,
                                    ipmiifc_resp* resp)
 {
     IpmiNode& node = g_IpmiNode[0];
-    VEK::MutexLock exchange{node.ifcMutex};
+    VEK::MutexLock exchange{g_IpmiNode[0].ifcMutex};
     if (node.devFd < 1 || node.shutdownFlag)
         return nullptr;
 

@@ -3,8 +3,12 @@
 #define VEK_IPMI_PRIVATE_IPMITRANSPORT_H
 
 #include <cstdint>
+#include <memory>
 
 #include <vek-ipmi/IpmiCommandLine.h>
+
+#include "ipmi/IpmiNode.h"
+#include "ipmi/RecordView.h"
 
 namespace Ipmi
 {
@@ -37,16 +41,28 @@ struct ipmiifc_resp
     uint8_t cc;          ///< data[0], or 0xFF without a usable answer.
 };
 
+/// A view of the bytes that came.
+inline RecordView viewOf(const ipmiifc_resp& resp)
+{
+    return {resp.data, static_cast<size_t>(resp.data_len)};
+}
+
 /// Flag of a send: the response carries a copy of the request.
 constexpr int keepRequest = 1;
 
 /// Completion code of functions that got no answer.
 constexpr uint8_t noAnswer = 0xFF;
 
+/// Opens the device; a failure is logged and errno set. Returns the
+/// descriptor or -1.
+int openLogged() VEK_REQUIRES(g_IpmiNode[0].ifcMutex);
+void closeDevice() VEK_REQUIRES(g_IpmiNode[0].ifcMutex);
+
 /// A closed device is opened without a log line. Returns whether it is open.
 bool openDeviceQuietly();
 
-/// Opens the device for a scope, unless it is open already.
+/// Opens the device for a scope, unless it is open already. The last of
+/// several users closes it.
 class DeviceUse
 {
 public:
@@ -54,9 +70,6 @@ public:
     ~DeviceUse();
     DeviceUse(const DeviceUse&) = delete;
     DeviceUse& operator=(const DeviceUse&) = delete;
-
-private:
-    bool opened_;
 };
 
 void IpmiIfcSetTimingParms(int node);
@@ -70,6 +83,13 @@ void closeWakeUpPipe();
 int IpmiIfcRespNew(ipmiifc_resp** out);
 int IpmiIfcRespReuse(ipmiifc_resp* resp);
 int IpmiIfcRespDel(ipmiifc_resp** resp);
+
+/// Owns a response for a scope.
+struct ResponseDeleter
+{
+    void operator()(ipmiifc_resp* resp) const { IpmiIfcRespDel(&resp); }
+};
+using Response = std::unique_ptr<ipmiifc_resp, ResponseDeleter>;
 
 /// One exchange. `resp` may be null or a record to use again. Returns null or
 /// a record: `resp`, or a new one if none was given.

@@ -1,7 +1,11 @@
 /// What a short-lived program without a polling thread needs.
 ///
-///     if (IpmiIfcOpenIpmiOpen(0) < 0 || IpmiIfcInitForCLI(0) != 0)
-///         return 1;             // errno tells why the device does not open
+///     if (IpmiIfcOpenIpmiOpen(0) < 0)
+///         return 2;             // errno tells why
+///     if (IpmiIfcInitForCLI(0) != 0) {
+///         IpmiIfcOpenIpmiClose(0);
+///         return 4;
+///     }
 ///     int code = IpmiIfcReadDeviceId(0);
 ///     ...                       // IpmiIfc::GetBmcFWVersion(), sendCmd, ...
 ///     IpmiIfcCloseForCLI(0);

@@ -6,8 +6,8 @@
 ///
 /// Every operation that takes a node number has a form without it, which
 /// means node 0. The node table has four records, but everything in this
-/// header serves node 0, whatever number it is given; the number appears in
-/// log lines.
+/// header save pollAll serves node 0, whatever number it is given; the number
+/// appears in log lines.
 ///
 /// The library logs through syslog and never calls openlog.
 #ifndef VEK_IPMI_IPMIIFC_H
@@ -53,7 +53,8 @@ void SetLogLevel(LogLvl level);
 /// On periodic passes the SDR repository is read again every this many passes
 /// (sensor readings are refreshed on the others), and the FRU inventory is
 /// refreshed every this many passes. The first pollAll of a process multiplies
-/// both by its node count. A step of 0 counts as 1.
+/// both by its node count. A step of 0 counts as 1; a FRU step of 1 leaves the
+/// FRU inventory to full passes.
 extern VEK::Relaxed<int> SKIP_SDR_STEP;
 extern VEK::Relaxed<int> SKIP_FRU_STEP;
 
@@ -87,16 +88,17 @@ public:
     /// @param interval polling interval in units of 16 seconds; below 1 the
     ///     node polls only when asked to.
     /// @throws CmpiStatus rc 2 unless the real user id is 0; rc 100 when the
-    ///     wake-up pipe cannot be made; rc 200 for a node that is not in its
-    ///     initial state.
+    ///     wake-up pipe cannot be made.
     ///
+    /// One node runs in a process: a second start beside a running one is a
+    /// mistake of the caller's and wrecks both.
     /// SEL handlers that were registered before are dropped. A node that was
     /// stopped stays stopped: a later start in the same process opens the
     /// device, sends nothing and ends.
     static void start(int node, int interval);
     static void start(int interval);
 
-    /// Ends the node and returns when its thread has left start. Waits for a
+    /// Ends the node and returns when its thread has left the loop. Waits for a
     /// start that is still under way, and for ever if there never is one.
     /// An exchange of the polling thread runs to its answer (30 s at most);
     /// exchanges of other threads are woken and come back without one.
@@ -108,10 +110,11 @@ public:
     ///
     /// SEL handlers run on this thread with the poll mutex held, so that no
     /// request for a poll is lost meanwhile: a handler may call everything
-    /// that answers from the caches, sendCmd and the registration operations,
-    /// but not poll, pollAll, setPollingInterval or stop, which would wait
-    /// for the handler's own thread.
+    /// that answers from the caches, and sendCmd, but not poll, pollAll,
+    /// setPollingInterval or stop, which would wait for the handler's own
+    /// thread.
     static void poll(int node);
+    static void poll();
 
     /// Asks for a poll on the nodes from 0 to nodeCount - 1 and waits until
     /// they have polled. Serves the records that exist, whatever the count.
@@ -148,7 +151,7 @@ public:
     // Commands.
 
     /// Sends one request to the controller and waits up to 30 s for the
-    /// answer.
+    /// answer, behind the exchanges that other threads have under way.
     ///
     /// @param resp_len in: size of resp_buf in bytes; out: bytes written.
     /// @param resp_buf receives the answer, completion code first, only when

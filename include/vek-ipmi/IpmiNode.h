@@ -35,8 +35,9 @@ enum
 
 /// All that is known of one management controller.
 ///
-/// Locks, outermost first: infoMutex before ifcMutex; sdrLock before fruMutex
-/// and entityMutex; stateMutex is a leaf. Fields of type Relaxed are shared
+/// Locks, outermost first: pollMutex, which the polling thread holds during a
+/// pass; infoMutex before ifcMutex; sdrLock before fruMutex and entityMutex;
+/// stateMutex and identityMutex are leaves. Fields of type Relaxed are shared
 /// without a lock.
 struct IpmiNode
 {
@@ -66,13 +67,15 @@ struct IpmiNode
 
     VEK::RwLock sdrLock;
 
-    /// Serialises whole transactions and the writers of the identity; its
-    /// readers do not wait for an exchange of up to 30 s.
-    VEK::Mutex infoMutex VEK_ACQUIRED_BEFORE(ifcMutex);
-    VEK::Relaxed<uint8_t> deviceId[sizeof(ipmiifc_device_id)];
-    VEK::Relaxed<bool> deviceIdAnswered{false};
+    /// Serialises whole transactions and the writers of the identity.
+    VEK::Mutex infoMutex VEK_ACQUIRED_BEFORE(ifcMutex, identityMutex);
+    /// Leaf beside it, for the identity's bytes alone: readers do not wait
+    /// for an exchange of up to 30 s.
+    VEK::Mutex identityMutex;
+    ipmiifc_device_id deviceId VEK_GUARDED_BY(identityMutex) = {};
+    bool deviceIdAnswered VEK_GUARDED_BY(identityMutex) = false;
     /// Completion code, result and detail of Get Self Test Results.
-    VEK::Relaxed<uint8_t> selfTest[3];
+    uint8_t selfTest[3] VEK_GUARDED_BY(identityMutex) = {};
 
     /// The driver's device. 0 until it was first opened and -1 after a close:
     /// a descriptor below 1 counts as not open.

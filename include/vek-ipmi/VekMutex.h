@@ -20,12 +20,8 @@
 #define VEK_GUARDED_BY(x) VEK_THREAD_ANNOTATION(guarded_by(x))
 #define VEK_ACQUIRED_BEFORE(...)                                               \
     VEK_THREAD_ANNOTATION(acquired_before(__VA_ARGS__))
-#define VEK_ACQUIRED_AFTER(...)                                                \
-    VEK_THREAD_ANNOTATION(acquired_after(__VA_ARGS__))
 #define VEK_REQUIRES(...)                                                      \
     VEK_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
-#define VEK_REQUIRES_SHARED(...)                                               \
-    VEK_THREAD_ANNOTATION(requires_shared_capability(__VA_ARGS__))
 #define VEK_ACQUIRE(...) VEK_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define VEK_ACQUIRE_SHARED(...)                                                \
     VEK_THREAD_ANNOTATION(acquire_shared_capability(__VA_ARGS__))
@@ -35,8 +31,6 @@
 #define VEK_RELEASE_GENERIC(...)                                               \
     VEK_THREAD_ANNOTATION(release_generic_capability(__VA_ARGS__))
 #define VEK_EXCLUDES(...) VEK_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
-#define VEK_NO_THREAD_SAFETY_ANALYSIS                                          \
-    VEK_THREAD_ANNOTATION(no_thread_safety_analysis)
 
 namespace VEK
 {

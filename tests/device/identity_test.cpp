@@ -1,5 +1,7 @@
+#include <atomic>
 #include <gtest/gtest.h>
 #include <syslog.h>
+#include <thread>
 
 #include "ipmi/IpmiIdentity.h"
 #include "tests/device/node_fixture.h"
@@ -37,9 +39,17 @@ TEST_F(IdentityOnDevice, textsOfEveryLengthAreReadAsTheyWereWritten)
         EXPECT_EQ(IpmiIfc::GetBmcReportedOSName(), text(length));
         EXPECT_EQ(IpmiIfc::GetBmcReportedOSVersion(), "v" + text(length - 1));
     }
+    Seam::takeLog();
     takeExchanges();
     EXPECT_EQ(IpmiIfc::SetOSInfo("", ""), 1);
     EXPECT_TRUE(takeExchanges().empty());
+    EXPECT_EQ(Seam::takeLog(),
+              (std::vector<Seam::LogLine>{
+                  {LOG_INFO, "SetOSInfo: seting bmc osname='', version=''"}}));
+    setFaults({"netfn=06,cmd=59,flip=4:22"}); // 34 characters become none
+    EXPECT_EQ(IpmiIfc::SetOSInfo(text(34), ""), 1);
+    EXPECT_EQ(IpmiIfcReadOS_Name(0), 0);
+    EXPECT_EQ(IpmiIfc::GetBmcReportedOSName(), "");
 }
 
 TEST_F(IdentityOnDevice, aShortLastBlockRepeatsTheTailOfTheOneBefore)
@@ -65,7 +75,7 @@ TEST_F(IdentityOnDevice, writingTheOperatingSystemsNameAndVersion)
         std::vector<std::string> faults;
         const char *name, *version;
         int result;
-        const char* written; ///< As parameter 4; null: nothing tried.
+        const char* written; ///< What the name then is; null: not looked at.
     } cases[] = {
         {"both", {}, "name", "1.0", 1, "name"},
         {"no place for the version",
@@ -151,6 +161,20 @@ TEST_F(IdentityOnDevice, aTextThatCannotBeReadWhole)
          "before",
          "IpmiIfcRhGetOS_Name: retrieve os_name failed short buffer read (4)",
          LOG_ERR},
+        {"a first block without text",
+         {"netfn=06,cmd=59,data=000400,cut=5"},
+         0,
+         "",
+         "IpmiIfcRhGetOS_Name: retrieve os_name failed at block 0, cc=0x0, "
+         "length 5",
+         LOG_WARNING},
+        {"a second block with a hole",
+         {"netfn=06,cmd=59,data=000401,cut=9"},
+         0,
+         "abcdefghijklmnopqrst",
+         "IpmiIfcRhGetOS_Name: retrieve os_name failed at block 1, cc=0x0, "
+         "length 9",
+         LOG_WARNING},
         {"second block refused",
          {"netfn=06,cmd=59,data=000401,cc=C0"},
          0,
@@ -226,6 +250,44 @@ TEST_F(IdentityOnDevice, identifyingTheChassis)
         EXPECT_EQ(IpmiIfc::identifyChassis(c.interval, c.force), c.result);
         EXPECT_EQ(takeExchanges().at(0).data, c.request);
     }
+}
+
+TEST_F(IdentityOnDevice, theVersionHasTextsOfItsOwn)
+{
+    const struct
+    {
+        const char* fault;
+        const char* line;
+    } cases[] = {
+        {"cmd=59,cc=80",
+         "IpmiIfcRhGetOS_Version: BMC does not support OS Versions retrieval"},
+        {"cmd=59,cc=C1",
+         "IpmiIfcRhGetOS_Version: retrieve os_version failed cc=0xc1"},
+        {"cmd=59,cut=2", "IpmiIfcRhGetOS_Version: retrieve os_version failed "
+                         "short buffer read (2)"},
+    };
+    for (const auto& c : cases) {
+        setFaults({c.fault});
+        IpmiIfcReadOS_Version(0);
+        EXPECT_EQ(Seam::takeLog().back().text, c.line);
+    }
+}
+
+// Each opens the device if it is closed; none may close it under another.
+TEST_F(IdentityOnDevice, usersOfAClosedDeviceShareIt)
+{
+    IpmiIfcOpenIpmiClose(0);
+    std::atomic<int> good{0};
+    std::vector<std::thread> users;
+    for (int i = 0; i < 4; ++i)
+        users.emplace_back([&] {
+            for (int round = 0; round < 25; ++round)
+                good += IpmiIfc::SetOSInfo("name", "1.0");
+        });
+    for (auto& user : users)
+        user.join();
+    EXPECT_EQ(good, 100);
+    EXPECT_EQ(g_IpmiNode[0].devFd, -1);
 }
 
 TEST_F(IdentityOnDevice, theDeviceIsLeftAsItWasFound)

@@ -1,10 +1,12 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <syslog.h>
 #include <thread>
+#include <unistd.h>
 
 #include "ipmi/IpmiLoop.h"
 #include "tests/device/node_fixture.h"
@@ -68,6 +70,7 @@ protected:
     {
         NodeFixture::SetUp();
         takeCalls();
+        selEntries = 0;
         loopAreas = {selInfo,
                      sdr,
                      [](int) { note('r'); },
@@ -96,6 +99,13 @@ protected:
     {
         VEK::MutexLock lock{g_IpmiNode[0].pollMutex};
         g_IpmiNode[0].pollCount = count;
+    }
+
+    static int lowestFreeDescriptor()
+    {
+        const int fd = open("/dev/null", O_RDONLY);
+        close(fd);
+        return fd;
     }
 
     void setHandlers(SelHandlerEntry* first)
@@ -190,6 +200,103 @@ TEST_F(Lifecycle, aPassOutlivesWhatIsThrownInIt)
     stopNode();
 }
 
+TEST_F(Lifecycle, aStopDuringAPassEndsItAtTheNextStep)
+{
+    static void (*const stopNow)(int) = [](int) {
+        g_IpmiNode[0].shutdownFlag = true;
+    };
+    const struct
+    {
+        const char* what;
+        void (*LoopAreas::*area)(int);
+        const char* calls;
+    } cases[] = {{"in the SDR's", &LoopAreas::sdr, "slfs"},
+                 {"in the FRU's", &LoopAreas::fru, "slfsd"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        SetUp();
+        startNode(0);
+        waitUntilRunning();
+        loopAreas.*c.area = stopNow;
+        {
+            VEK::MutexLock lock{g_IpmiNode[0].pollMutex};
+            g_IpmiNode[0].pollType = IpmiIfc::POLL_FULL;
+            IpmiIfc::doPoll();
+        }
+        joinNode();
+        EXPECT_EQ(takeCalls(), c.calls);
+        EXPECT_EQ(IpmiIfc::getState(), IpmiIfc::STATE_STOPPED);
+        TearDown();
+    }
+}
+
+TEST_F(Lifecycle, aFirstCountThatFailsIsNone)
+{
+    selFailures = 1;
+    selEntries = 1; // new events when the count before was 0
+    startNode(0);
+    waitUntilRunning();
+    EXPECT_EQ(poll(IpmiIfc::POLL_NORMAL), "sdfl");
+    stopNode();
+}
+
+// Every line of a request, serial and parallel, and of the pass that it asks
+// for.
+TEST_F(Lifecycle, whatIsLogged)
+{
+    std::thread early{[] {
+        IpmiIfc::pollAll(1, true, IpmiIfc::POLL_FULL, nullptr);
+    }};
+    EXPECT_TRUE(
+        Seam::waitForLog("Waiting for poll thread for node 0 to start"));
+    startNode(0);
+    early.join();
+    setPollCount(7);
+    Seam::takeLog();
+    poll(IpmiIfc::POLL_FULL);
+    EXPECT_EQ(Seam::takeLog(),
+              (std::vector<Seam::LogLine>{
+                  {LOG_DEBUG, "Going to do FULL POLL for node 0"},
+                  {LOG_DEBUG, "Triggering poll for node 0, poll count = 7"},
+                  {LOG_DEBUG, "Running threads serially, waiting for node 0 to "
+                              "complete"},
+                  {LOG_DEBUG,
+                   "IpmiIfc::poll - new events detected or skip count exceeded "
+                   "(skipRemaining = 0, entryCount = 0, lastEntryCount = 0)"},
+                  {LOG_DEBUG, "IpmiIfc::poll - Refreshing FRU"}}));
+    IpmiIfc::pollAll(1, false, IpmiIfc::POLL_NORMAL, nullptr);
+    EXPECT_EQ(Seam::takeLog(),
+              (std::vector<Seam::LogLine>{
+                  {LOG_DEBUG, "Triggering poll for node 0, poll count = 16"},
+                  {LOG_DEBUG, "Running threads in parallel. Waiting for nodes "
+                              "to poll"},
+                  {LOG_DEBUG, "pollAll: Nodes done polling"}}));
+    stopNode();
+    auto log = Seam::takeLog(); // of two threads: in any order
+    std::sort(log.begin(), log.end(),
+              [](const auto& a, const auto& b) { return a.text < b.text; });
+    EXPECT_EQ(log, (std::vector<Seam::LogLine>{
+                       {LOG_DEBUG, "Node 0: IpmiIfc poll thread exiting"},
+                       {LOG_INFO, "Node 0: IpmiIfc polling thread stopped."},
+                       {LOG_DEBUG, "Node 0: IpmiIfc shutting down"},
+                       {LOG_DEBUG, "Node 0: IpmiIfc::waitState (12) called"},
+                       {LOG_DEBUG, "Node 0: IpmiIfc::waitState (8) called"},
+                       {LOG_DEBUG, "Poll loop ended, shutting down"}}));
+}
+
+TEST_F(Lifecycle, failedStartsLeaveNothingOpen)
+{
+    removeDevice();
+    const int before = lowestFreeDescriptor();
+    for (int i = 0; i < 3; ++i)
+        IpmiIfc::start(0);
+    IpmiIfc::stop();
+    returnDevice();
+    for (int i = 0; i < 3; ++i)
+        IpmiIfc::start(0); // after the stop: ends at once
+    EXPECT_EQ(lowestFreeDescriptor(), before);
+}
+
 TEST_F(Lifecycle, theSelCountIsTriedTenTimes)
 {
     startNode(0);
@@ -282,7 +389,6 @@ TEST_F(Lifecycle, fullPollsAreSharedOut)
         int nodeCount;
         bool postponed[NODE_COUNT];
     } cases[] = {
-        {0, {}},
         {1, {false}},
         {4, {false, true, true, true}},
         {8, {false, true, true, true}},

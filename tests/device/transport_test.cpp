@@ -52,6 +52,15 @@ std::string withFd(std::string text, int fd)
     return text.replace(text.find("%d"), 2, std::to_string(fd));
 }
 
+// No record came back. A record that was given for use again came back or
+// not, and says that there is no answer, or is as it was.
+enum
+{
+    none = -1,
+    unanswered = -2,
+    untouched = -3
+};
+
 // What one exchange comes to, by what the device does with it.
 TEST_F(Transport, everyEndOfAnExchange)
 {
@@ -60,7 +69,7 @@ TEST_F(Transport, everyEndOfAnExchange)
         const char* what;
         std::vector<std::string> faults;
         void (*arrange)();
-        int code; ///< -1: no response record.
+        int code; ///< In the record; `none`, `unanswered` or `untouched`.
         const char* line;
         int priority;
         bool reopened;
@@ -70,21 +79,21 @@ TEST_F(Transport, everyEndOfAnExchange)
         {"not open",
          {},
          [] { IpmiIfcOpenIpmiClose(0); },
-         -1,
+         untouched,
          nullptr,
          0,
          false},
         {"shutting down",
          {},
          [] { g_IpmiNode[0].shutdownFlag = true; },
-         -1,
+         untouched,
          nullptr,
          0,
          false},
         {"busy at the send",
          {"cmd=01,send-errno=EBUSY"},
          nullptr,
-         -1,
+         unanswered,
          "Node 0: ioctl IPMICTL_SEND_COMMAND(fd=%d), errno(16):Device or "
          "resource busy",
          LOG_ERR,
@@ -92,7 +101,7 @@ TEST_F(Transport, everyEndOfAnExchange)
         {"never answered",
          {"cmd=01,lost"},
          nullptr,
-         -1,
+         unanswered,
          "Node 0: poll(fd=%d) timeout with no reply.",
          LOG_WARNING,
          true},
@@ -106,7 +115,7 @@ TEST_F(Transport, everyEndOfAnExchange)
         {"a signal in the wait",
          {},
          [] { Seam::failNth(Seam::Call::poll, 1, EINTR); },
-         -1,
+         unanswered,
          "Node 0: poll(fd=%d), errno=4 Interrupted system call",
          LOG_ERR,
          true},
@@ -116,21 +125,21 @@ TEST_F(Transport, everyEndOfAnExchange)
              EXPECT_EQ(
                  write(g_IpmiNode[0].signalCmdPipeFds[FD_WRITE], "\xff", 1), 1);
          },
-         -1,
+         unanswered,
          nullptr,
          0,
          false},
         {"nothing to receive after all",
          {},
          [] { failNextReceive(EAGAIN); },
-         -1,
+         none,
          nullptr,
          0,
          true},
         {"receive fails",
          {},
          [] { failNextReceive(EIO); },
-         -1,
+         none,
          "Node 0: ioctl IPMICTL_RECEIVE_MSG_TRUNC(fd=%d), "
          "errno(5):Input/output "
          "error",
@@ -143,7 +152,7 @@ TEST_F(Transport, everyEndOfAnExchange)
              IpmiIfcOpenIpmiEventEnable(0, &on);
              injectEvent();
          },
-         -1,
+         none,
          nullptr,
          0,
          false},
@@ -161,6 +170,7 @@ TEST_F(Transport, everyEndOfAnExchange)
             ipmiifc_resp* given = nullptr;
             if (reuse) {
                 ASSERT_EQ(IpmiIfcRespNew(&given), 0);
+                given->cc = 0x5a;
             }
             Seam::takeLog();
 
@@ -168,10 +178,13 @@ TEST_F(Transport, everyEndOfAnExchange)
             if (c.code >= 0) {
                 ASSERT_NE(resp, nullptr);
                 EXPECT_EQ(resp->cc, c.code);
+                EXPECT_TRUE(!reuse || resp == given);
             } else {
-                EXPECT_TRUE(!resp || resp->cc == noAnswer);
+                EXPECT_EQ(resp, c.code == unanswered ? given : nullptr);
             }
-            EXPECT_TRUE(!resp || !reuse || resp == given);
+            if (given && c.code < 0) {
+                EXPECT_EQ(given->cc, c.code == untouched ? 0x5a : noAnswer);
+            }
             EXPECT_EQ(openCount() - opens, c.reopened);
             const auto log = Seam::takeLog();
             if (c.line) {
@@ -355,6 +368,7 @@ TEST_F(Transport, timingParametersFromTheEnvironment)
          {"IPMI default timing parms: retries=-1, retry_time=0(ms)",
           "IPMI timing parms have been set to: retries=7, "
           "retry_time=250(ms)."}},
+        {"out of range", "99999999999", "2147483648", {}},
         {"one",
          "9 times",
          nullptr,
@@ -396,7 +410,7 @@ TEST_F(Transport, settingsOfADeviceThatIsNotThere)
                   "Bad file descriptor",
                   "Node 0: IpmiIfcOpenIpmiAddressSet failed ioctl call "
                   "returning -1"}));
-    IpmiIfcCloseForCLI(0);
+    EXPECT_EQ(g_IpmiNode[0].signalCmdPipeFds[FD_READ], -1);
     g_IpmiNode[0].myAddress = 0;
     EXPECT_EQ(IpmiIfcOpenIpmiAddressSet(0), 0) << "the driver is not asked";
     Seam::failNth(Seam::Call::pipe, 1, EMFILE);

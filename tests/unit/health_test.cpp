@@ -22,7 +22,17 @@ constexpr char table[] = "111,12,10,1:20,any text\n"
                          "garbage\n"
                          "4,70000,0,1:7\n";
 
-TEST(Health, theTableThatIsRead)
+class Health : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        healthList.clear();
+        sensorHealthMap.clear();
+    }
+};
+
+TEST_F(Health, theTableThatIsRead)
 {
     std::istringstream in{table};
     EXPECT_EQ(readHealthTable(in), 12u) << "the last newline starts a line";
@@ -72,7 +82,7 @@ TEST(Health, theTableThatIsRead)
             {LOG_ERR, "Invalid class for sensor number 9, sensor type: 2"}}));
 }
 
-TEST(Health, digitalSensorsWithAndWithoutAnEntry)
+TEST_F(Health, digitalSensorsWithAndWithoutAnEntry)
 {
     EXPECT_EQ(IpmiMapper(3, 1, 1, 9, 0).getDigitalDiscrete(1), 5);
     EXPECT_EQ(IpmiMapper(3, 1, 1, 9, 0).getDigitalDiscrete(2), 25);

@@ -1,3 +1,5 @@
+#include <atomic>
+#include <climits>
 #include <gtest/gtest.h>
 #include <syslog.h>
 #include <thread>
@@ -78,31 +80,49 @@ TEST(Node, waitingForAStateThatHoldsReturnsIt)
                       "Node 2: IpmiIfc::timedWaitState (8, 1, 5) called"}}));
 }
 
-// Many time-outs pass before the state comes: none may end the wait.
+// Many time-outs pass before the state comes: none may end the wait, and no
+// odd time may keep the state from being set.
 TEST(Node, aTimedWaitEndsOnlyWithTheState)
 {
+    const struct
+    {
+        long sec, usec;
+    } times[] = {
+        {1, 999999},   {0, 0},        {0, -1},       {LONG_MAX, 0},
+        {LONG_MIN, 0}, {0, LONG_MAX}, {0, LONG_MIN}, {LONG_MAX, LONG_MAX}};
     Seam::setTimeScale(1000);
-    _setState(0, IpmiIfc::STATE_STARTING);
-    std::atomic<bool> returned{false};
-    State seen = IpmiIfc::STATE_INITIAL;
-    std::thread waiter{[&] {
-        seen = IpmiIfc::timedWaitState(IpmiIfc::STATE_RUNNING, 1, 999999);
-        returned = true;
-    }};
-    usleep(50000);
-    EXPECT_FALSE(returned);
-    _changeState(0, IpmiIfc::STATE_STARTING, IpmiIfc::STATE_RUNNING);
-    waiter.join();
-    EXPECT_EQ(seen, IpmiIfc::STATE_RUNNING);
+    for (const auto& time : times) {
+        SCOPED_TRACE(testing::Message() << time.sec << ' ' << time.usec);
+        _setState(0, IpmiIfc::STATE_STARTING);
+        std::atomic<bool> returned{false};
+        State seen = IpmiIfc::STATE_INITIAL;
+        std::thread waiter{[&] {
+            seen = IpmiIfc::timedWaitState(IpmiIfc::STATE_RUNNING, time.sec,
+                                           time.usec);
+            returned = true;
+        }};
+        usleep(10000);
+        EXPECT_FALSE(returned);
+        _changeState(0, IpmiIfc::STATE_STARTING, IpmiIfc::STATE_RUNNING);
+        waiter.join();
+        EXPECT_EQ(seen, IpmiIfc::STATE_RUNNING);
+    }
 }
 
 TEST(Node, initialisingAgainForgetsTheIdentityAndKeepsTheRest)
 {
     IpmiNode& node = g_IpmiNode[0];
     node.msgSeq = 7;
-    node.deviceId[1] = 0x20;
-    node.deviceIdAnswered = true;
-    node.selfTest[1] = 0x55;
+    {
+        VEK::MutexLock lock{node.identityMutex};
+        node.deviceId.deviceId = 0x20;
+        node.deviceIdAnswered = true;
+        node.selfTest[1] = 0x55;
+    }
+    node.signalCmdPipeFds[FD_READ] = 40;
+    node.signalCmdPipeFds[FD_WRITE] = 41;
+    node.pollingInterval = 5;
+    _setState(0, IpmiIfc::STATE_STOPPED);
     node.devFd = 42;
     node.shutdownFlag = true;
     SelHandlerEntry entry{nullptr, nullptr, nullptr};
@@ -112,6 +132,10 @@ TEST(Node, initialisingAgainForgetsTheIdentityAndKeepsTheRest)
     }
     InitIpmiNode(0);
     EXPECT_EQ(node.msgSeq, 0x5a5);
+    EXPECT_EQ(node.signalCmdPipeFds[FD_READ], -1);
+    EXPECT_EQ(node.signalCmdPipeFds[FD_WRITE], -1);
+    EXPECT_EQ(node.pollingInterval, -1);
+    EXPECT_EQ(_getState(0), IpmiIfc::STATE_INITIAL);
     ipmiifc_device_id id;
     EXPECT_EQ(IpmiIfc::getManagementControllerInfo(id), 1);
     uint8_t result, detail;
