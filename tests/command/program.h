@@ -23,7 +23,8 @@ struct Case
     const char* line; ///< See shell().
     int status;
     const char* out; ///< All of it, or "@FILE" in tests/command/expected/.
-    const char* err; ///< A regular expression found in it; "" means empty.
+    const char*
+        err; ///< An extended regular expression found in it; "" means empty.
 };
 
 void check(const std::vector<Case>& cases);
