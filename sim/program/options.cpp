@@ -19,8 +19,8 @@ constexpr char about[] =
     "the machine.";
 
 constexpr char remarks[] =
-    R"(Each process under it has a controller of its own, made afresh when it
-starts; a forked child goes on with a copy of its parent's.
+    R"(Each process under it has a controller of its own, made when it first
+opens the device; a forked child goes on with a copy of its parent's.
 The command must be dynamically linked, of this program's word size, and
 neither set-uid nor set-gid nor with file capabilities: others are refused.
 That is asked of the command alone: do not let it start such a program.

@@ -161,8 +161,7 @@ std::string findCommandFile(const std::string& word)
         const char* path = getenv("PATH");
         std::istringstream folders(path ? path : "/bin:/usr/bin");
         for (std::string folder; std::getline(folders, folder, ':');) {
-            const std::string file =
-                (folder.empty() ? "." : folder) + "/" + word;
+            std::string file = (folder.empty() ? "." : folder) + "/" + word;
             const int found = runError(file);
             if (found == 0)
                 return file;
