@@ -1,6 +1,6 @@
 /// What the Linux OpenIPMI driver does, with a simulated controller behind
 /// it. Results are the kernel's: negative values are error numbers. What the
-/// driver does was measured; tests/vm/probe.cpp asks it again.
+/// driver does was measured; sim/probe/probe.cpp asks it again.
 #ifndef VEK_SIM_DEVICE_DRIVER_H
 #define VEK_SIM_DEVICE_DRIVER_H
 

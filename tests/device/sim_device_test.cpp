@@ -1,4 +1,4 @@
-// What the probe (tests/vm/probe.cpp) cannot ask of a real driver: answers
+// What the probe (sim/probe/probe.cpp) cannot ask of a real driver: answers
 // that fail, events, a device that goes away, time.
 #include "sim/device/device.h"
 
