@@ -80,8 +80,12 @@ int Driver::open(int flags)
                              (flags & O_NONBLOCK ? TFD_NONBLOCK : 0));
     if (descriptor < 0)
         return -errno;
-    // A number that was closed behind the layer's back is used again.
-    handles_.erase(descriptor);
+    // A number that was closed behind the layer's back is used again: it is
+    // the new handle's now, and not to be closed with the old one.
+    if (const auto old = handles_.find(descriptor); old != handles_.end()) {
+        old->second.disown();
+        handles_.erase(old);
+    }
     handles_.try_emplace(descriptor, descriptor, interface_);
     ++opens_;
     return descriptor;

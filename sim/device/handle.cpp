@@ -23,7 +23,8 @@ Handle::~Handle()
                                  return one.owner == this;
                              }),
               all.end());
-    realClose(descriptor_);
+    if (descriptor_ >= 0)
+        realClose(descriptor_);
 }
 
 void Handle::deliver(Message message)

@@ -49,6 +49,9 @@ public:
     /// else it would set the timer of its parent.
     void renewDescriptor();
 
+    /// The descriptor is somebody else's by now.
+    void disown() { descriptor_ = -1; }
+
     Interface& interface() { return *interface_; }
 
     bool getsEvents = false;

@@ -6,6 +6,7 @@
 #undef _FORTIFY_SOURCE
 #undef _FILE_OFFSET_BITS
 
+#include <cerrno>
 #include <cstdarg>
 
 #include <fcntl.h>
@@ -100,15 +101,22 @@ extern "C"
                                        : Sim::realClose(descriptor);
     }
 
-    /// What is not for this driver gets the kernel's own answer.
+    /// What is not for this driver gets the kernel's own answer. What is for it
+    /// never reaches the kernel: a descriptor may have come by a way that the
+    /// functions above do not see (fopen, a relative path, a parent).
     int ioctl(int descriptor, unsigned long request, ...) noexcept
     {
         va_list arguments;
         va_start(arguments, request);
         void* argument = va_arg(arguments, void*);
         va_end(arguments);
-        if (_IOC_TYPE(request) == ioctlTypeIpmi && Layer::owns(descriptor))
-            return Layer::ioctl(descriptor, request, argument);
+        if (_IOC_TYPE(request) == ioctlTypeIpmi && Layer::active()) {
+            if (Layer::owns(descriptor))
+                return Layer::ioctl(descriptor, request, argument);
+            if (fcntl(descriptor, F_GETFD) >= 0)
+                errno = ENOTTY; // else EBADF, as fcntl has set it
+            return -1;
+        }
         static const auto next =
             Sim::nextDefinition<int(int, unsigned long, void*)>("ioctl");
         return next(descriptor, request, argument);

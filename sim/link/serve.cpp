@@ -97,10 +97,16 @@ Place resolve(const std::string& where)
     std::string host = where.substr(0, colon);
     if (host.size() > 2 && host.front() == '[' && host.back() == ']')
         host = host.substr(1, host.size() - 2);
+    // getaddrinfo would take a larger number modulo 65536.
+    const std::string port = where.substr(colon + 1);
+    const bool isNumber =
+        port.find_first_not_of("0123456789") == std::string::npos;
+    if (isNumber && (port.size() > 5 || std::stoul(port) > 65535))
+        throw std::runtime_error(where + ": no port is above 65535");
     addrinfo hints{}, *found = nullptr;
     hints.ai_socktype = SOCK_STREAM;
     const int error = getaddrinfo(host.empty() ? "127.0.0.1" : host.c_str(),
-                                  where.c_str() + colon + 1, &hints, &found);
+                                  port.c_str(), &hints, &found);
     if (error != 0)
         throw std::runtime_error(where + ": " + gai_strerror(error));
     Place place;
@@ -230,7 +236,7 @@ private:
                 return false;
             if (p.tooLate >= now &&
                 ::send(connection_.get(), p.frame.data(), p.frame.size(),
-                       MSG_NOSIGNAL) != ssize_t(p.frame.size()))
+                       MSG_NOSIGNAL | MSG_DONTWAIT) != ssize_t(p.frame.size()))
                 broken_ = true;
             return true;
         };

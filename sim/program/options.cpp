@@ -73,6 +73,11 @@ void checkWhole(const Options& options, bool hasDashes)
     }
 }
 
+std::string checkNotEmpty(const std::string& text)
+{
+    return text.empty() ? "may not be empty" : "";
+}
+
 void declare(CLI::App& app, Options& options, double& latencyMs)
 {
     Setup& setup = options.setup;
@@ -81,7 +86,8 @@ void declare(CLI::App& app, Options& options, double& latencyMs)
     app.set_version_flag("--version", VEK_IPMI_VERSION);
     app.add_option("--profile", setup.profile,
                    "Controller: a built-in name or the path of a JSON file")
-        ->option_text("PROFILE [two-socket]");
+        ->option_text("PROFILE [two-socket]")
+        ->check(checkNotEmpty);
     app.add_option("--latency", latencyMs, "Time of an exchange")
         ->option_text("MS [0]")
         ->check(checkLatency);
@@ -97,10 +103,12 @@ void declare(CLI::App& app, Options& options, double& latencyMs)
                  "Let the command see its user id; else it sees 0, root's");
     app.add_option("--serve", options.serve,
                    "Serve QEMU's ipmi-bmc-extern until SIGTERM instead")
-        ->option_text("HOST:PORT");
+        ->option_text("HOST:PORT")
+        ->check(checkNotEmpty);
     app.add_subcommand("check", "Name every mistake in a profile")
         ->add_option("PROFILE", options.check, "Built-in name or path")
-        ->required();
+        ->required()
+        ->check(checkNotEmpty);
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 #include <poll.h>
 #include <sys/epoll.h>
 #include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -169,6 +170,18 @@ TEST_F(SimDevice, onlyAnInstalledControllerIsThere)
     for (const auto& row : rows)
         EXPECT_EQ(row.error, Client(row.path).openError()) << row.path;
     EXPECT_EQ(ENOTTY, Client("/dev/null").send(netFnApp, getDeviceId));
+}
+
+TEST_F(SimDevice, aNumberThatWasClosedBehindTheLayersBackIsUsedAgain)
+{
+    install();
+    const int first = open("/dev/ipmi0", O_RDWR);
+    syscall(SYS_close, first);
+    Client again;
+    EXPECT_EQ(0, again.openError());
+    EXPECT_GE(fcntl(first, F_GETFD), 0) << "closed with the old handle";
+    EXPECT_EQ(0, again.send(netFnApp, 0xFE, 5));
+    EXPECT_EQ(answer(netFnApp, 0xFE, {0xC1}, 5), again.await());
 }
 
 TEST_F(SimDevice, silenceIsAnsweredByTheDriver)

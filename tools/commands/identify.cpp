@@ -85,16 +85,17 @@ void addIdentify(CLI::App& app, Run& run)
         "identify", "Make the chassis identify itself, by a light or a sound");
     CLI::Option* seconds =
         identify->add_option("SECONDS", arguments->seconds,
-                             "For how long: 1 to 255, 15 when not given");
+                             "For how long: 1 to 255 (0 turns it off), 15 when "
+                             "not given");
     CLI::Option* force = identify->add_flag("--force", arguments->force,
                                             "Until it is turned off");
     CLI::Option* off =
         identify->add_flag("--off", arguments->off, "Turn it off");
     seconds->excludes(force)->excludes(off);
     force->excludes(off);
-    identify->callback([arguments, &run] {
+    identify->callback([arguments, seconds, &run] {
         Light light;
-        if (!arguments->seconds.empty())
+        if (seconds->count() != 0)
             light.seconds = toByte("SECONDS", arguments->seconds);
         if (arguments->off)
             light.seconds = 0;
