@@ -103,7 +103,8 @@ namespace
 timespec deadlineAfter(long sec, long usec)
 {
     constexpr long long million = 1000000;
-    constexpr long long latest = std::numeric_limits<time_t>::max() / 2;
+    constexpr long long latest = std::min<long long>(
+        std::numeric_limits<time_t>::max(), 1LL << 60); // sums cannot wrap
     timeval now;
     gettimeofday(&now, nullptr);
     long long micros = now.tv_usec + usec % million;
