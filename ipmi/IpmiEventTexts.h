@@ -1,0 +1,41 @@
+/// The one source of the texts of event offsets.
+#ifndef VEK_IPMI_PRIVATE_IPMIEVENTTEXTS_H
+#define VEK_IPMI_PRIVATE_IPMIEVENTTEXTS_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace Ipmi
+{
+
+struct EventText
+{
+    static constexpr uint8_t generic = 1;        ///< IPMI v2.0, table 42-2.
+    static constexpr uint8_t sensorSpecific = 2; ///< Table 42-3.
+    static constexpr uint8_t anyData3 = 0xff;
+
+    uint8_t eventClass;
+    uint8_t type;   ///< Event/reading type, or sensor type.
+    uint8_t offset; ///< Event data 1.
+    uint8_t data3;  ///< Event data 3.
+    const char* name;
+    const char* description; ///< May be empty; at most 63 characters.
+
+    constexpr uint32_t code() const
+    {
+        return uint32_t{eventClass} << 24 | uint32_t{type} << 16 |
+               uint32_t{offset} << 8 | data3;
+    }
+};
+
+constexpr size_t eventTextCount = 352;
+constexpr size_t laterStateCount = 16;
+
+/// In ascending order of their codes, both.
+extern const std::array<EventText, eventTextCount> eventTexts;
+extern const std::array<EventText, laterStateCount> laterStates;
+
+} // namespace Ipmi
+
+#endif
