@@ -35,3 +35,26 @@ cmake_path(APPEND pkgconfig_includedir "\${prefix}"
 configure_file(cmake/vek-ipmi.pc.in cmake/vek-ipmi.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cmake/vek-ipmi.pc
   DESTINATION ${pkgconfig_dir})
+
+# The library reads its health table from this very path, whatever the prefix.
+set(health_table /etc/sfcb/vek/sensor_health)
+install(FILES packaging/sensor_health
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/vek-ipmi)
+if(VEK_IPMI_INSTALL_HEALTH_TABLE)
+  configure_file(cmake/InstallHealthTable.cmake.in
+    cmake/InstallHealthTable.cmake @ONLY)
+  install(SCRIPT ${CMAKE_CURRENT_BINARY_DIR}/cmake/InstallHealthTable.cmake)
+endif()
+
+find_program(SCDOC scdoc)
+if(SCDOC)
+  set(page ${CMAKE_CURRENT_SOURCE_DIR}/docs/man/sensor_health.5.scd)
+  add_custom_command(OUTPUT sensor_health.5
+    COMMAND sh -c "exec \"$0\" <\"$1\" >sensor_health.5" ${SCDOC} ${page}
+    DEPENDS ${page} VERBATIM)
+  add_custom_target(vek-ipmi-man ALL DEPENDS sensor_health.5)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/sensor_health.5
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+else()
+  message(STATUS "No scdoc: the manual pages are left out")
+endif()

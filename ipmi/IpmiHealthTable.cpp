@@ -123,4 +123,12 @@ void LoadSensorHealthDataFile()
            int(lines), healthTablePath, healthList.size());
 }
 
+bool LoadSensorHealthData(std::istream& in)
+{
+    VEK::MutexLock lock{loadMutex};
+    if (healthList.empty())
+        readHealthTable(in);
+    return !healthList.empty();
+}
+
 } // namespace Ipmi

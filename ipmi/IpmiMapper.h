@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <vek-ipmi/IpmiCommandLine.h>
+#include <vek-ipmi/IpmiHealth.h>
 
 namespace Ipmi
 {
@@ -42,11 +43,6 @@ extern std::map<uint16_t, HealthBySensorType> sensorHealthMap;
 
 /// Adds the lines of a stream to both tables. Returns the number of lines.
 unsigned readHealthTable(std::istream& in);
-
-/// Health of the discrete sensor whose state bits are given; 0 for a class
-/// that has none.
-int getSensorHealthState(unsigned char sensorClass, unsigned char sensorType,
-                         unsigned char sensorNumber, unsigned short stateBits);
 
 /// One sensor's state on its way through the table.
 class IpmiMapper

@@ -13,6 +13,8 @@
 #ifndef VEK_IPMI_IPMICOMMANDLINE_H
 #define VEK_IPMI_IPMICOMMANDLINE_H
 
+#include <iosfwd>
+
 namespace Ipmi
 {
 
@@ -37,6 +39,10 @@ int IpmiIfcReadOS_Version(int node);
 /// a process; a load that failed is tried again by the next call. Command-line
 /// mode does so itself.
 void LoadSensorHealthDataFile();
+
+/// The same from a stream, for a program that brings a table of its own: does
+/// nothing once a table is loaded. Returns whether one is loaded afterwards.
+bool LoadSensorHealthData(std::istream& in);
 
 } // namespace Ipmi
 
