@@ -227,6 +227,8 @@ int IpmiIfcInitForCLI(int)
 void IpmiIfcCloseForCLI(int)
 {
     closeWakeUpPipe();
+    if (loopAreas.cleanUp)
+        loopAreas.cleanUp(0);
 }
 
 } // namespace Ipmi

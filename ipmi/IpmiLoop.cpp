@@ -6,6 +6,8 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include "ipmi/IpmiIfcSdr.h"
+#include "ipmi/IpmiIfcSensor.h"
 #include "ipmi/IpmiNode.h"
 #include "ipmi/IpmiTransport.h"
 
@@ -15,14 +17,37 @@ namespace Ipmi
 VEK::Relaxed<int> SKIP_SDR_STEP{30};
 VEK::Relaxed<int> SKIP_FRU_STEP{30};
 
+namespace
+{
+
+// What areas answer is in their log lines; the loop goes on.
+
+void refreshRecords(int node)
+{
+    IpmiIfcSdrGetInfo(node);
+}
+
+void refreshReadings(int node)
+{
+    IpmiIfcSensorUpdateReading(node);
+}
+
+void cleanUpRecords(int node)
+{
+    IpmiIfcSdrCleanUpHeaders(node);
+    IpmiIfcSdrCleanUpAll(node);
+}
+
+} // namespace
+
 // One line an area, in the order of the record.
 LoopAreas loopAreas = {
-    nullptr, // SEL
-    nullptr, // SDR
-    nullptr, // sensor
-    nullptr, // FRU
-    nullptr, // LAN
-    nullptr, // clean-up
+    nullptr,         // SEL
+    refreshRecords,  // SDR
+    refreshReadings, // sensor
+    nullptr,         // FRU
+    nullptr,         // LAN
+    cleanUpRecords,  // clean-up
 };
 
 PollChoice choosePass(int pollCount, IpmiIfc::IPMI_POLL_TYPE type,

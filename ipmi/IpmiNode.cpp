@@ -32,6 +32,12 @@ void InitIpmiNode(int node)
                   uint8_t{0});
     }
     {
+        VEK::WriteLock lock{record.sdrLock};
+        record.sdrInfo = {};
+        std::fill(std::begin(record.sdrReservation),
+                  std::end(record.sdrReservation), uint8_t{0});
+    }
+    {
         VEK::MutexLock lock{record.selMutex};
         record.selHandlers = nullptr;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ipmi/IpmiIdentity.h"
+#include "ipmi/IpmiIfcSdr.h"
 
 namespace Ipmi
 {
@@ -25,7 +26,7 @@ OneShotCommand one_shot_list_cmd[oneShotCount] = {
     {1, IpmiIfcRhGetOS_Name, app, 0x59, 4, os_req, 0},
     {1, IpmiIfcRhGetOS_Version, app, 0x59, 4, osver_req, 0},
     {1, IpmiIfcRhGetSelfTest, app, 0x04, 0, nullptr, 0},
-    {1, nullptr, storage, 0x20, 0, nullptr, 0},
+    {1, IpmiIfcRhGetSdrInfo, storage, 0x20, 0, nullptr, 0},
     {0, nullptr, storage, 0x40, 0, nullptr, 0},
     {1, nullptr, storage, 0x41, 0, nullptr, 0},
 };

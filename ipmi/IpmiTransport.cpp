@@ -229,10 +229,32 @@ int IpmiIfcRespDel(ipmiifc_resp** resp)
     return 0;
 }
 
+TargetUse::TargetUse(int address, uint8_t channel, uint8_t lun, Restore restore)
+    : chosenTarget_{g_IpmiNode[0].targetMutex},
+      restore_{restore},
+      address_{g_IpmiNode[0].targetAddress},
+      channel_{g_IpmiNode[0].targetChannel},
+      lun_{g_IpmiNode[0].targetLun}
+{
+    g_IpmiNode[0].targetAddress = address;
+    g_IpmiNode[0].targetChannel = channel;
+    g_IpmiNode[0].targetLun = lun;
+}
+
+TargetUse::~TargetUse()
+{
+    g_IpmiNode[0].targetAddress = address_;
+    if (restore_ == Restore::addressOnly)
+        return;
+    g_IpmiNode[0].targetChannel = channel_;
+    g_IpmiNode[0].targetLun = lun_;
+}
+
 ipmiifc_resp* IpmiIfcSendWresponse(int, ipmiifc_req* req, int flags,
                                    ipmiifc_resp* resp)
 {
     IpmiNode& node = g_IpmiNode[0];
+    VEK::RecursiveLock chosenTarget{node.targetMutex};
     VEK::MutexLock exchange{g_IpmiNode[0].ifcMutex};
     if (node.devFd < 1 || node.shutdownFlag)
         return nullptr;
@@ -257,6 +279,7 @@ ipmiifc_resp* IpmiIfcSendWresponse(int, ipmiifc_req* req, int flags,
 
 ipmiifc_resp* IpmiIfcSend(int, ipmiifc_req* req, int flags)
 {
+    VEK::RecursiveLock chosenTarget{g_IpmiNode[0].targetMutex};
     VEK::MutexLock transaction{g_IpmiNode[0].infoMutex};
     return IpmiIfcSendWresponse(0, req, flags, nullptr);
 }

@@ -91,6 +91,31 @@ struct ResponseDeleter
 };
 using Response = std::unique_ptr<ipmiifc_resp, ResponseDeleter>;
 
+/// Sends to another controller for a scope, which is to hold one exchange: all
+/// other threads' exchanges wait. The target is the transport's, which is
+/// record 0's whatever node a sensor belongs to.
+class TargetUse
+{
+public:
+    enum class Restore
+    {
+        all,
+        addressOnly ///< Channel and LUN mean nothing beside address 0.
+    };
+    TargetUse(int address, uint8_t channel, uint8_t lun,
+              Restore restore = Restore::all);
+    ~TargetUse();
+    TargetUse(const TargetUse&) = delete;
+    TargetUse& operator=(const TargetUse&) = delete;
+
+private:
+    VEK::RecursiveLock chosenTarget_;
+    Restore restore_;
+    int address_;
+    uint8_t channel_;
+    uint8_t lun_;
+};
+
 /// One exchange. `resp` may be null or a record to use again. Returns null or
 /// a record: `resp`, or a new one if none was given.
 ipmiifc_resp* IpmiIfcSendWresponse(int node, ipmiifc_req* req, int flags,

@@ -21,7 +21,26 @@ public:
     {
         return at <= size_ && count <= size_ - at; // never adds: cannot wrap
     }
+    size_t size() const { return size_; }
     uint8_t u8(size_t at) const { return has(at) ? data_[at] : uint8_t{0}; }
+    /// LS byte first; 0 unless both bytes are there.
+    uint16_t u16(size_t at) const
+    {
+        return has(at, 2) ? uint16_t(data_[at] | data_[at + 1] << 8)
+                          : uint16_t{0};
+    }
+    /// Bytes that are not there are copied as 0.
+    void copyTo(uint8_t* out, size_t at, size_t count) const
+    {
+        for (size_t i = 0; i < count; ++i)
+            out[i] = u8(at + i);
+    }
+    /// At most `count` bytes from `at` on, as far as there are any.
+    RecordView part(size_t at, size_t count) const
+    {
+        return has(at) ? RecordView{data_ + at, std::min(count, size_ - at)}
+                       : RecordView{data_, 0};
+    }
 
     /// Up to `most` characters from `at` on, as far as there are any.
     std::string_view text(size_t at, size_t most) const

@@ -15,6 +15,8 @@
 
 #include <iosfwd>
 
+#include <vek-ipmi/IpmiSdrRecord.h>
+
 namespace Ipmi
 {
 
@@ -34,6 +36,20 @@ int IpmiIfcReadDeviceId(int node);
 int IpmiIfcReadSelfTest(int node);
 int IpmiIfcReadOS_Name(int node);
 int IpmiIfcReadOS_Version(int node);
+
+/// Reads the whole SDR repository, and from it the sensors with their first
+/// readings, thresholds and hysteresis, as the polling loop does; for
+/// IpmiIfc::getSensors and its like. 0, or -1 when the controller does not
+/// tell about its repository; what could be read is there in any case.
+int IpmiIfcSdrGetInfo(int node);
+
+/// How far IpmiIfcSdrGetInfo, on another thread, has come. Takes no lock.
+IpmiSdrProgress IpmiIfcSdrGetProgress(int node);
+
+/// Reads every sensor of IpmiIfc::getSensors again, as the polling loop does:
+/// not those that answered CBh or CDh, or timed out several times in a row.
+/// Always 0; IpmiSensor::lastReading tells how it went.
+int IpmiIfcSensorUpdateReading(int node);
 
 /// Loads the sensor health table from "/etc/sfcb/vek/sensor_health", once in
 /// a process; a load that failed is tried again by the next call. Command-line

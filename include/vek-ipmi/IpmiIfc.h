@@ -5,22 +5,29 @@
 /// IpmiIfc::stop. All other operations may be called from any thread.
 ///
 /// Every operation that takes a node number has a form without it, which
-/// means node 0. The node table has four records, but everything in this
-/// header save pollAll serves node 0, whatever number it is given; the number
-/// appears in log lines.
+/// means node 0. The node table has four records. Only node 0 is ever started;
+/// what was read of sensors and their records belongs to the record that is
+/// named (a number without a record has none of it), and everything else in
+/// this header save pollAll serves node 0, whatever number it is given; the
+/// number appears in log lines.
 ///
 /// The library logs through syslog and never calls openlog.
 #ifndef VEK_IPMI_IPMIIFC_H
 #define VEK_IPMI_IPMIIFC_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include <vek-ipmi/CmpiStatus.h>
+#include <vek-ipmi/IpmiSdrRecord.h>
 #include <vek-ipmi/VekRelaxed.h>
 
 namespace Ipmi
 {
+
+class IpmiSensor; // IpmiSensor.h
 
 /// Get Device ID response as received (IPMI v2.0, 20.1); bytes that the
 /// controller did not send are 0.
@@ -194,6 +201,34 @@ public:
     /// that it sent; empty when it reported none.
     static std::string GetBmcReportedOSName();
     static std::string GetBmcReportedOSVersion();
+
+    // Sensors and their records, as the node last read them. These send
+    // nothing; while the repository is being read they wait for one exchange
+    // or, at its beginning and end, for several.
+
+    static ipmiifc_sdr_info getSdr(int node);
+    static ipmiifc_sdr_info getSdr();
+
+    /// All records, by type (01h, 02h, 03h, 08h with 09h, 10h, 11h, 12h, C0h,
+    /// others), within a type the last read first. A shared record appears
+    /// once for each sensor.
+    static std::vector<IpmiSdrEntry> getSdrRecords(int node);
+    static std::vector<IpmiSdrEntry> getSdrRecords();
+
+    /// Sensors of entity 00h and 22h that are not threshold sensors, and event
+    /// types that IPMI v2.0 does not define are left out.
+    static std::vector<std::shared_ptr<IpmiSensor>> getSensors(int node);
+    static std::vector<std::shared_ptr<IpmiSensor>> getSensors();
+
+    /// The first sensor of this number and owner (low 8 bits), or null.
+    static std::shared_ptr<IpmiSensor> getSensor(int node, unsigned number,
+                                                 unsigned owner);
+    static std::shared_ptr<IpmiSensor> getSensor(unsigned number,
+                                                 unsigned owner);
+
+    /// Whether a memory sensor reports events.
+    static bool generatesMemoryEvents(int node);
+    static bool generatesMemoryEvents();
 
     // Commands to the controller itself.
 

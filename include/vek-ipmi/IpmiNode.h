@@ -4,6 +4,8 @@
 #define VEK_IPMI_IPMINODE_H
 
 #include <cstddef>
+#include <memory>
+#include <vector>
 
 #include <vek-ipmi/IpmiIfc.h>
 #include <vek-ipmi/VekMutex.h>
@@ -13,6 +15,32 @@ namespace Ipmi
 {
 
 class IpmiSelData;
+struct ipmiifc_sdr_list;
+
+/// First five bytes of a record (IPMI v2.0, 43); the id is the one under which
+/// the record is read.
+struct IpmiSdrHeader
+{
+    uint16_t recordId;
+    uint8_t sdrVersion;
+    uint8_t recordType;
+    uint8_t recordLength; ///< Bytes behind the header.
+};
+
+/// The records, one list for each class of types.
+enum IpmiSdrClass
+{
+    SDR_FULL,
+    SDR_COMPACT,
+    SDR_EVENT_ONLY,
+    SDR_ASSOCIATION,
+    SDR_GENERIC_LOCATOR,
+    SDR_FRU_LOCATOR,
+    SDR_CONTROLLER_LOCATOR,
+    SDR_OEM,
+    SDR_OTHER,
+    SDR_CLASS_COUNT
+};
 
 /// Called with the context given at registration, and with a new event record
 /// or, once a polling pass that refreshed the caches, with null.
@@ -36,8 +64,9 @@ enum
 /// All that is known of one management controller.
 ///
 /// Locks, outermost first: pollMutex, which the polling thread holds during a
-/// pass; infoMutex before ifcMutex; sdrLock before fruMutex and entityMutex;
-/// stateMutex and identityMutex are leaves. Fields of type Relaxed are shared
+/// pass; sdrLock before fruMutex and entityMutex, and before those of an
+/// exchange; targetMutex before infoMutex before ifcMutex; stateMutex and
+/// identityMutex are leaves. Fields of type Relaxed are shared
 /// without a lock.
 struct IpmiNode
 {
@@ -66,6 +95,26 @@ struct IpmiNode
         pollType VEK_GUARDED_BY(pollMutex) = IpmiIfc::POLL_NONE;
 
     VEK::RwLock sdrLock;
+    ipmiifc_sdr_info sdrInfo VEK_GUARDED_BY(sdrLock) = {};
+    /// Reserve SDR Repository answer: completion code, id LS byte first. An id
+    /// of 0 is none.
+    uint8_t sdrReservation[3] VEK_GUARDED_BY(sdrLock) = {};
+    /// Headers in the table; stays when the table is freed.
+    uint32_t sdrHeaderCount VEK_GUARDED_BY(sdrLock) = 0;
+    std::unique_ptr<IpmiSdrHeader[]> sdrHeaders VEK_GUARDED_BY(sdrLock);
+    uint32_t sdrHeaderRoom VEK_GUARDED_BY(sdrLock) = 0;
+    uint8_t sdrHeadersComplete VEK_GUARDED_BY(sdrLock) = 0;
+    /// Freed by stop. Not by the process's end, beside which a polling thread
+    /// may still run.
+    ipmiifc_sdr_list* sdrLists[SDR_CLASS_COUNT] VEK_GUARDED_BY(sdrLock) = {};
+    std::vector<std::shared_ptr<IpmiSensor>> sensors VEK_GUARDED_BY(sdrLock);
+    /// A memory sensor reports events.
+    VEK::Relaxed<bool> memoryEventsFlag{false};
+    /// Counters of a read of the repository, as IpmiSdrProgress has them.
+    VEK::Relaxed<unsigned> sdrTotal{0};
+    VEK::Relaxed<unsigned> sdrWalked{0};
+    VEK::Relaxed<unsigned> sdrRead{0};
+    VEK::Relaxed<unsigned> sdrFailed{0};
 
     /// Serialises whole transactions and the writers of the identity.
     VEK::Mutex infoMutex VEK_ACQUIRED_BEFORE(ifcMutex, identityMutex);
@@ -82,6 +131,10 @@ struct IpmiNode
     VEK::Relaxed<int> devFd{0};
     VEK::Relaxed<int> devOpen{0};
 
+    /// Every exchange takes it first. Who sends to another controller holds it
+    /// from setting the target to the end of the exchange, so that no command
+    /// reaches a controller that another thread chose.
+    VEK::RecursiveMutex targetMutex;
     /// Own slave address; 0 leaves the driver's, which is 20h.
     VEK::Relaxed<int> myAddress{0};
     /// Whom the next command is for; 0 means the local controller.

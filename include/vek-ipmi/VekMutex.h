@@ -22,6 +22,8 @@
     VEK_THREAD_ANNOTATION(acquired_before(__VA_ARGS__))
 #define VEK_REQUIRES(...)                                                      \
     VEK_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
+#define VEK_REQUIRES_SHARED(...)                                               \
+    VEK_THREAD_ANNOTATION(requires_shared_capability(__VA_ARGS__))
 #define VEK_ACQUIRE(...) VEK_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define VEK_ACQUIRE_SHARED(...)                                                \
     VEK_THREAD_ANNOTATION(acquire_shared_capability(__VA_ARGS__))
@@ -30,6 +32,8 @@
     VEK_THREAD_ANNOTATION(release_shared_capability(__VA_ARGS__))
 #define VEK_RELEASE_GENERIC(...)                                               \
     VEK_THREAD_ANNOTATION(release_generic_capability(__VA_ARGS__))
+#define VEK_NO_THREAD_SAFETY_ANALYSIS                                          \
+    VEK_THREAD_ANNOTATION(no_thread_safety_analysis)
 #define VEK_EXCLUDES(...) VEK_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
 
 namespace VEK
@@ -66,6 +70,43 @@ public:
 
 private:
     pthread_mutex_t* m_;
+};
+
+/// A mutex that its holder may take again. Held only in scopes, and outside of
+/// what the analysis can follow: that one thread takes it twice is the point.
+class RecursiveMutex
+{
+public:
+    RecursiveMutex()
+    {
+        pthread_mutexattr_t attributes;
+        pthread_mutexattr_init(&attributes);
+        pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+        pthread_mutex_init(&m_, &attributes);
+        pthread_mutexattr_destroy(&attributes);
+    }
+    ~RecursiveMutex() { pthread_mutex_destroy(&m_); }
+    RecursiveMutex(const RecursiveMutex&) = delete;
+    RecursiveMutex& operator=(const RecursiveMutex&) = delete;
+
+private:
+    friend class RecursiveLock;
+    pthread_mutex_t m_;
+};
+
+class RecursiveLock
+{
+public:
+    explicit RecursiveLock(RecursiveMutex& mutex) : m_{mutex.m_}
+    {
+        pthread_mutex_lock(&m_);
+    }
+    ~RecursiveLock() { pthread_mutex_unlock(&m_); }
+    RecursiveLock(const RecursiveLock&) = delete;
+    RecursiveLock& operator=(const RecursiveLock&) = delete;
+
+private:
+    pthread_mutex_t& m_;
 };
 
 /// A condition variable with default attributes (deadlines are times of day).
@@ -120,6 +161,38 @@ public:
 
 private:
     pthread_rwlock_t l_;
+};
+
+/// Holds a reader/writer lock for reading, for a scope.
+class VEK_SCOPED_CAPABILITY ReadLock
+{
+public:
+    explicit ReadLock(RwLock& lock) VEK_ACQUIRE_SHARED(lock) : lock_{lock}
+    {
+        lock_.lockForReading();
+    }
+    ~ReadLock() VEK_RELEASE_GENERIC() { lock_.unlock(); }
+    ReadLock(const ReadLock&) = delete;
+    ReadLock& operator=(const ReadLock&) = delete;
+
+private:
+    RwLock& lock_;
+};
+
+/// Holds a reader/writer lock for writing, for a scope.
+class VEK_SCOPED_CAPABILITY WriteLock
+{
+public:
+    explicit WriteLock(RwLock& lock) VEK_ACQUIRE(lock) : lock_{lock}
+    {
+        lock_.lockForWriting();
+    }
+    ~WriteLock() VEK_RELEASE() { lock_.unlock(); }
+    WriteLock(const WriteLock&) = delete;
+    WriteLock& operator=(const WriteLock&) = delete;
+
+private:
+    RwLock& lock_;
 };
 
 } // namespace VEK

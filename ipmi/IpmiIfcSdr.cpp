@@ -1,0 +1,253 @@
+#include "ipmi/IpmiIfcSdr.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <ctime>
+#include <syslog.h>
+#include <unistd.h>
+
+#include "ipmi/IpmiIfcSensor.h"
+
+namespace Ipmi
+{
+
+VEK::Mutex sdr_mutex;
+
+namespace
+{
+
+constexpr uint8_t storage = 0x0a;
+constexpr uint8_t getRepositoryInfo = 0x20;
+constexpr uint8_t reserveRepository = 0x22;
+constexpr uint8_t getSdrCommand = 0x23;
+
+static_assert(sizeof(ipmiifc_sdr_info) == 15);
+
+// Callers have always passed a node count of 4 for a node number.
+constexpr int highestNodeNumber = 4;
+
+Response send(IpmiNode& node, uint8_t command)
+{
+    ipmiifc_req request{};
+    request.msgid = node.msgSeq++;
+    request.netfn = storage;
+    request.cmd = command;
+    return Response{IpmiIfcSend(node.nodeNum, &request, 0)};
+}
+
+// Whether the answer can be kept; says why not.
+bool isUsable(const ipmiifc_resp& resp)
+{
+    if (resp.cc != 0) {
+        syslog(LOG_WARNING, "Unable to fetch SDR info - cc=0x%x", resp.cc);
+        return false;
+    }
+    if (resp.data[0] != 0) {
+        syslog(LOG_WARNING, "Inconsistent SDR Response codes %x != %x",
+               resp.data[0], 0);
+        return false;
+    }
+    if (resp.data_len != sizeof(ipmiifc_sdr_info)) {
+        syslog(LOG_WARNING,
+               "SDR response buffer was wrong size %x (expecting %x)",
+               unsigned(resp.data_len), unsigned(sizeof(ipmiifc_sdr_info)));
+        return false;
+    }
+    const uint8_t version = resp.data[1];
+    if ((version & 0x0f) > 2) {
+        syslog(LOG_WARNING,
+               "Unexpected SDR Repository info version 0x%x - discarding "
+               "results ",
+               version);
+        return false;
+    }
+    return true;
+}
+
+bool isAccepted(uint8_t version)
+{
+    constexpr uint8_t version15 = 0x51;
+    static std::atomic<bool> logged{false};
+    if (version == version15 || (version & 0x0f) >= 2)
+        return true;
+    if (!logged.exchange(true))
+        syslog(LOG_ERR, "%s: invalid version. version = 0x%x",
+               "IpmiIfcSdrGetAll", version);
+    return false;
+}
+
+bool hasReservation(IpmiNode& node)
+{
+    VEK::ReadLock lock{node.sdrLock};
+    return reservationOf(node) != 0;
+}
+
+ipmiifc_sdr_info infoOf(IpmiNode& node)
+{
+    VEK::WriteLock lock{node.sdrLock};
+    return node.sdrInfo;
+}
+
+// A version of 0 was not read yet. The handler of the answer then reads the
+// whole repository, and this function does so again: callers rely on finding
+// it read when the first of the two has failed.
+int getAll(int number, bool insideRefresh)
+{
+    if (number > highestNodeNumber)
+        return -1;
+    IpmiNode* const node = nodeRecord(number);
+    if (!node)
+        return -1;
+    if (infoOf(*node).sdrVersion == 0) {
+        // sdr_mutex is held already, and the answer would be the same.
+        if (insideRefresh)
+            return -1;
+        if (const int failure = IpmiIfcSdrGetInfo(number))
+            return failure;
+    }
+    if (!hasReservation(*node))
+        if (const int failure = IpmiIfcSdrReserve(number))
+            return failure;
+    const ipmiifc_sdr_info info = infoOf(*node);
+    if (!isAccepted(info.sdrVersion))
+        return -1;
+    if (info.recordCount[0] == 0 && info.recordCount[1] == 0)
+        return -1;
+    if (const int failure = IpmiIfcSdrGetHeaders(number))
+        return failure;
+    IpmiIfcSdrCleanUpAll(number);
+    return IpmiIfcSdrReadAll(number);
+}
+
+void startProgress(IpmiNode& node, const ipmiifc_sdr_info& info)
+{
+    node.sdrWalked = 0;
+    node.sdrRead = 0;
+    node.sdrFailed = 0;
+    node.sdrTotal = info.recordCount[0] | unsigned(info.recordCount[1]) << 8;
+}
+
+} // namespace
+
+IpmiNode* nodeRecord(int node)
+{
+    return node >= 0 && size_t(node) < NODE_COUNT ? &g_IpmiNode[node] : nullptr;
+}
+
+int IpmiIfcSdrGetInfo(int number)
+{
+    IpmiNode* const node = nodeRecord(number);
+    if (number > highestNodeNumber || !node)
+        return -1;
+    VEK::MutexLock refresh{sdr_mutex};
+    const Response resp = send(*node, getRepositoryInfo);
+    if (!resp || resp->cc != 0)
+        return -1;
+    IpmiIfcRhGetSdrInfo(resp.get());
+    return 0;
+}
+
+// Everything is read again with each answer: the time stamps of additions and
+// erasures are not compared, since firmware does not keep them reliably.
+int IpmiIfcRhGetSdrInfo(ipmiifc_resp* resp)
+{
+    if (!isUsable(*resp))
+        return -1;
+    const int number = resp->node;
+    IpmiNode& node = g_IpmiNode[number];
+    ipmiifc_sdr_info info;
+    memcpy(&info, resp->data, sizeof info);
+    {
+        VEK::WriteLock lock{node.sdrLock};
+        node.sdrInfo = info;
+    }
+    startProgress(node, info);
+    IpmiIfcSdrReserve(number);
+    getAll(number, true);
+    IpmiIfcSensorInstantiateAll(number);
+    return 0;
+}
+
+int IpmiIfcSdrReserve(int number)
+{
+    IpmiNode* const node = nodeRecord(number);
+    if (!node)
+        return -1;
+    const Response resp = send(*node, reserveRepository);
+    if (!resp || resp->cc != 0)
+        return -1;
+    VEK::WriteLock lock{node->sdrLock};
+    std::copy_n(resp->data, sizeof node->sdrReservation, node->sdrReservation);
+    return 0;
+}
+
+int IpmiIfcSdrGetAll(int node)
+{
+    return getAll(node, false);
+}
+
+IpmiSdrProgress IpmiIfcSdrGetProgress(int number)
+{
+    const IpmiNode* const node = nodeRecord(number);
+    if (!node)
+        return {};
+    return {node->sdrTotal, node->sdrWalked, node->sdrRead, node->sdrFailed};
+}
+
+ipmiifc_sdr_info IpmiIfc::getSdr(int number)
+{
+    IpmiNode* const node = nodeRecord(number);
+    return node ? infoOf(*node) : ipmiifc_sdr_info{};
+}
+
+ipmiifc_sdr_info IpmiIfc::getSdr()
+{
+    return getSdr(0);
+}
+
+void sleepOutOfStep()
+{
+    sleep(unsigned(time(nullptr) & 3));
+}
+
+SdrReader::SdrReader(int node, uint16_t reservationId) : node_{node}
+{
+    setReservation(reservationId);
+}
+
+void SdrReader::setReservation(uint16_t reservationId)
+{
+    data_[0] = uint8_t(reservationId & 0xff);
+    data_[1] = uint8_t(reservationId >> 8);
+}
+
+void SdrReader::setPart(uint16_t recordId, uint8_t offset, uint8_t size)
+{
+    data_[2] = uint8_t(recordId & 0xff);
+    data_[3] = uint8_t(recordId >> 8);
+    data_[4] = offset;
+    data_[5] = size;
+}
+
+uint8_t SdrReader::exchange()
+{
+    IpmiNode& node = g_IpmiNode[node_];
+    ipmiifc_req request{};
+    request.msgid = node.msgSeq++;
+    request.netfn = storage;
+    request.cmd = getSdrCommand;
+    request.data_len = sizeof data_;
+    request.data = data_;
+    ipmiifc_resp* const resp =
+        IpmiIfcSendWresponse(node_, &request, 0, answer_.get());
+    if (!resp) {
+        answer_.reset();
+        return noAnswer;
+    }
+    if (resp != answer_.get())
+        answer_.reset(resp);
+    return resp->cc;
+}
+
+} // namespace Ipmi
