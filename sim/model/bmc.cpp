@@ -4,6 +4,8 @@
 #include <cstring>
 #include <ctime>
 
+#include "sim/model/sdr_record.h"
+
 namespace Sim
 {
 namespace
@@ -11,8 +13,8 @@ namespace
 
 // A new area is one line here.
 const Family* const families[] = {
-    &identityFamily, &systemInfoFamily, &chassisFamily,
-    &channelFamily,  &messagingFamily,
+    &identityFamily,  &systemInfoFamily, &chassisFamily, &channelFamily,
+    &messagingFamily, &sdrFamily,        &sensorFamily,
 };
 
 template <class Wanted>
@@ -42,6 +44,32 @@ bool matches(const FixedAnswer& row, const Request& request)
            std::equal(row.data.begin(), row.data.end(), request.data.begin());
 }
 
+BmcState* findOwner(BmcState& state, const Owner& owner)
+{
+    if (owner.isBmc())
+        return &state;
+    for (BmcState& satellite : state.satellites)
+        if (satellite.busChannel == owner.channel &&
+            satellite.address == owner.address)
+            return &satellite;
+    return nullptr;
+}
+
+void placeSensors(BmcState& state)
+{
+    if (!state.repository)
+        return;
+    for (const SdrRecord& record : state.repository->records) {
+        BmcState* owner = findOwner(state, ownerOf(record.bytes));
+        if (!owner)
+            continue;
+        for (const Sensor& sensor :
+             record.sensors.empty() ? sensorsOf(record.bytes) : record.sensors)
+            owner->sensors.emplace(sensorKey(sensor.lun, sensor.number),
+                                   sensor);
+    }
+}
+
 } // namespace
 
 const Channel* BmcState::channel(uint8_t number) const
@@ -66,20 +94,31 @@ const Command* findCommand(const char* name)
 }
 
 Bmc::Bmc(BmcState state)
-    : initial_{std::move(state)}, state_{initial_}, clock_{[] {
+    : initial_{std::move(state)}, clock_{[] {
           return int64_t{std::time(nullptr)};
       }}
-{}
+{
+    placeSensors(initial_);
+    start();
+}
 
 std::optional<Bytes> Bmc::answer(const Request& request)
 {
-    if (request.channel != systemInterface)
-        return std::nullopt;
+    if (request.channel == systemInterface)
+        return answerHere(request);
+    Bmc* other = satellite(request.channel, request.slaveAddress);
+    return other ? other->answerHere(request) : std::nullopt;
+}
+
+std::optional<Bytes> Bmc::answerHere(const Request& request)
+{
+    constexpr uint8_t netFnSensor = 0x04;
     for (const FixedAnswer& row : state_.answers)
         if (matches(row, request))
             return row.answer.empty() ? std::nullopt
                                       : std::make_optional(row.answer);
-    if (request.lun != 0)
+    // Only sensors are told apart by LUN.
+    if (request.lun != 0 && request.netFn != netFnSensor)
         return Bytes{cc::invalidForLun};
     const Command* command = findCommand(request.netFn, request.command);
     if (!command || !offers(*this, command))
@@ -87,12 +126,42 @@ std::optional<Bytes> Bmc::answer(const Request& request)
     if (request.data.size() < command->minData ||
         request.data.size() > command->maxData)
         return Bytes{cc::dataLengthInvalid};
-    return command->run(*this, request.data);
+    lun_ = request.lun;
+    Bytes answer = command->run(*this, request.data);
+    return answer.empty() ? std::nullopt : std::make_optional(answer);
+}
+
+void Bmc::start()
+{
+    state_ = initial_;
+    satellites_.clear();
+    for (BmcState& satellite : state_.satellites)
+        satellites_.emplace_back(std::move(satellite));
+    state_.satellites.clear();
+    setClock(Clock{clock_});
 }
 
 void Bmc::reset()
 {
-    state_ = initial_;
+    start();
+}
+
+Bmc* Bmc::satellite(uint8_t channel, uint8_t address)
+{
+    const auto found = std::find_if(
+        satellites_.begin(), satellites_.end(), [&](const Bmc& one) {
+            return one.state_.busChannel == channel &&
+                   one.state_.address == address;
+        });
+    return found == satellites_.end() ? nullptr : &*found;
+}
+
+void Bmc::setClock(const Clock& clock)
+{
+    clock_ = clock;
+    started_ = now();
+    for (Bmc& satellite : satellites_)
+        satellite.setClock(clock_);
 }
 
 void Bmc::queueEvent(Bytes event)

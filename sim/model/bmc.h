@@ -12,6 +12,8 @@
 #include "sim/model/identity.h"
 #include "sim/model/message.h"
 #include "sim/model/messaging.h"
+#include "sim/model/sdr.h"
+#include "sim/model/sensor.h"
 #include "sim/model/system_info.h"
 
 namespace Sim
@@ -31,11 +33,17 @@ struct FixedAnswer
 /// does not give is not there, and its commands answer C1h.
 struct BmcState
 {
+    uint8_t busChannel = 0; ///< Where the BMC reaches it.
+    uint8_t address = 0x20;
     Identity identity;
     std::optional<SystemInfo> systemInfo;
     std::optional<Chassis> chassis;
     std::optional<Messaging> messaging;
     std::vector<Channel> channels;
+    std::optional<Repository> repository;
+    Sensors sensors; ///< By sensorKey.
+    /// Further controllers, each on a bus that a channel of this one leads to.
+    std::vector<BmcState> satellites;
     std::vector<FixedAnswer> answers;
 
     /// Null when there is no channel of that number.
@@ -48,6 +56,8 @@ public:
     /// Seconds since 1970.
     using Clock = std::function<int64_t()>;
 
+    /// Sensors that the repository's records tell of are made, each at the
+    /// controller that owns it, unless the state has them already.
     explicit Bmc(BmcState state);
 
     /// Completion code first. No value: nobody answers, as for a request that
@@ -57,6 +67,12 @@ public:
     /// Back to the state it was made with.
     void reset();
 
+    /// The LUN of the request that is being answered.
+    uint8_t lun() const { return lun_; }
+
+    /// Null when nobody is there.
+    Bmc* satellite(uint8_t channel, uint8_t address);
+
     /// A test's hook: an event message of 16 bytes for the event buffer.
     void queueEvent(Bytes event);
     /// The event that has waited longest, if one waits.
@@ -65,13 +81,21 @@ public:
     BmcState& state() { return state_; }
     const BmcState& state() const { return state_; }
 
-    void setClock(Clock clock) { clock_ = std::move(clock); }
+    /// Its satellites' clock as well. The time since the start begins anew.
+    void setClock(const Clock& clock);
     int64_t now() const { return clock_(); }
+    int64_t uptime() const { return now() - started_; } ///< Seconds.
 
 private:
+    std::optional<Bytes> answerHere(const Request& request);
+    void start();
+
     BmcState initial_;
-    BmcState state_;
+    BmcState state_; ///< Its satellites have moved out.
+    std::vector<Bmc> satellites_;
     Clock clock_;
+    int64_t started_ = 0;
+    uint8_t lun_ = 0;
 };
 
 } // namespace Sim

@@ -62,6 +62,11 @@ void FieldReader::finish()
     }
 }
 
+bool FieldReader::has(const char* key) const
+{
+    return object_.is_object() && object_.contains(key);
+}
+
 void FieldReader::flag(const char* key, bool& value)
 {
     const Json* json = find(key);
@@ -113,12 +118,27 @@ void FieldReader::choice(const char* key, uint8_t& value, Words words)
     if (!json)
         return;
     if (const Word* found = word(*json, at(key), words))
+        value = uint8_t(found->value);
+}
+
+void FieldReader::code(const char* key, uint32_t& value, uint32_t max,
+                       Words words)
+{
+    const Json* json = find(key);
+    if (!json)
+        return;
+    if (auto number = numberOf(*json, max))
+        value = *number;
+    else if (!json->is_string())
+        mistake(at(key),
+                "expected a word or a number from 0 to " + std::to_string(max));
+    else if (const Word* found = word(*json, at(key), words))
         value = found->value;
 }
 
-void FieldReader::bits(const char* key, uint8_t& value, Words words)
+void FieldReader::doBits(const char* key, uint32_t& value, Words words)
 {
-    uint8_t bits = 0;
+    uint32_t bits = 0;
     bool present = false;
     items(key, [&](const Json& json, const std::string& place, size_t) {
         present = true;
@@ -146,7 +166,7 @@ void FieldReader::texts(const char* key, std::vector<std::string>& values,
 
 void FieldReader::require(const char* key)
 {
-    if (object_.is_object() && !object_.contains(key))
+    if (object_.is_object() && !has(key))
         mistake(place_, "\"" + std::string{key} + "\" is missing");
 }
 
@@ -165,6 +185,22 @@ void FieldReader::doNumber(const char* key, uint32_t& value, Base, uint32_t max)
     else
         mistake(at(key), "expected a whole number from 0 to " +
                              std::to_string(max) + ", or such as \"0x1F\"");
+}
+
+void FieldReader::doInteger(const char* key, int32_t& value, int32_t min,
+                            int32_t max)
+{
+    const Json* json = find(key);
+    if (!json)
+        return;
+    // As a double no whole number wraps into the range.
+    const double number =
+        json->is_number_integer() ? json->get<double>() : min - 1.0;
+    if (number >= min && number <= max)
+        value = int32_t(number);
+    else
+        mistake(at(key), "expected a whole number from " + std::to_string(min) +
+                             " to " + std::to_string(max));
 }
 
 void FieldReader::doObject(const char* key, bool,

@@ -35,7 +35,18 @@ void FieldWriter::choice(const char* key, uint8_t& value, Words words)
             object_[key] = word.text;
 }
 
-void FieldWriter::bits(const char* key, uint8_t& value, Words words)
+void FieldWriter::code(const char* key, uint32_t& value, uint32_t max,
+                       Words words)
+{
+    for (const Word& word : words)
+        if (word.value == value) {
+            object_[key] = word.text;
+            return;
+        }
+    doNumber(key, value, Base::Hexadecimal, max);
+}
+
+void FieldWriter::doBits(const char* key, uint32_t& value, Words words)
 {
     Json list = Json::array();
     for (const Word& word : words)
@@ -64,6 +75,11 @@ void FieldWriter::doNumber(const char* key, uint32_t& value, Base base,
     std::string digits = formatBytes(bytes);
     digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
     object_[key] = "0x" + digits;
+}
+
+void FieldWriter::doInteger(const char* key, int32_t& value, int32_t, int32_t)
+{
+    object_[key] = value;
 }
 
 void FieldWriter::doObject(const char* key, bool present,

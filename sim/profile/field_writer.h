@@ -15,6 +15,8 @@ class FieldWriter : public Fields
 public:
     explicit FieldWriter(nlohmann::ordered_json& object) : object_{object} {}
 
+    bool reads() const override { return false; }
+    bool has(const char*) const override { return false; }
     void flag(const char* key, bool& value) override;
     using Fields::text;
     void text(const char* key, std::optional<std::string>& value,
@@ -22,7 +24,8 @@ public:
     void bytes(const char* key, Bytes& value, size_t least,
                size_t most) override;
     void choice(const char* key, uint8_t& value, Words words) override;
-    void bits(const char* key, uint8_t& value, Words words) override;
+    void code(const char* key, uint32_t& value, uint32_t max,
+              Words words) override;
     void texts(const char* key, std::vector<std::string>& values,
                const Refusal& refusal) override;
     void require(const char*) override {}
@@ -31,6 +34,9 @@ public:
 private:
     void doNumber(const char* key, uint32_t& value, Base base,
                   uint32_t max) override;
+    void doInteger(const char* key, int32_t& value, int32_t min,
+                   int32_t max) override;
+    void doBits(const char* key, uint32_t& value, Words words) override;
     void doObject(const char* key, bool present,
                   const std::function<void(Fields&)>& describe) override;
     void doList(const char* key, size_t count,

@@ -20,7 +20,7 @@ namespace Sim
 struct Word
 {
     const char* text;
-    uint8_t value;
+    uint16_t value;
 };
 
 template <class Item>
@@ -29,6 +29,7 @@ struct View
     template <size_t count>
     constexpr View(const Item (&items)[count]) : first{items}, size{count}
     {}
+    constexpr View() : first{nullptr}, size{0} {}
     const Item* begin() const { return first; }
     const Item* end() const { return first + size; }
     const Item* first;
@@ -50,12 +51,25 @@ public:
 
     virtual ~Fields() = default;
 
+    /// Whether fields are filled; else they are written out.
+    virtual bool reads() const = 0;
+    /// Whether there is such a key to read.
+    virtual bool has(const char* key) const = 0;
+
     template <class Number>
     void number(const char* key, Number& value, Base base,
                 uint32_t max = std::numeric_limits<Number>::max())
     {
         uint32_t wide = value;
         doNumber(key, wide, base, max);
+        value = Number(wide);
+    }
+    /// A number that may be negative.
+    template <class Number>
+    void integer(const char* key, Number& value, int32_t min, int32_t max)
+    {
+        int32_t wide = value;
+        doInteger(key, wide, min, max);
         value = Number(wide);
     }
     virtual void flag(const char* key, bool& value) = 0;
@@ -72,8 +86,17 @@ public:
     virtual void bytes(const char* key, Bytes& value, size_t least,
                        size_t most) = 0;
     virtual void choice(const char* key, uint8_t& value, Words words) = 0;
+    /// A word, or any number up to `max` for which there may be none.
+    virtual void code(const char* key, uint32_t& value, uint32_t max,
+                      Words words) = 0;
     /// A list of words, each of which sets its bits.
-    virtual void bits(const char* key, uint8_t& value, Words words) = 0;
+    template <class Number>
+    void bits(const char* key, Number& value, Words words)
+    {
+        uint32_t wide = value;
+        doBits(key, wide, words);
+        value = Number(wide);
+    }
     virtual void texts(const char* key, std::vector<std::string>& values,
                        const Refusal& refusal) = 0;
 
@@ -110,6 +133,9 @@ public:
 protected:
     virtual void doNumber(const char* key, uint32_t& value, Base base,
                           uint32_t max) = 0;
+    virtual void doInteger(const char* key, int32_t& value, int32_t min,
+                           int32_t max) = 0;
+    virtual void doBits(const char* key, uint32_t& value, Words words) = 0;
     virtual void doObject(const char* key, bool present,
                           const std::function<void(Fields&)>& describe) = 0;
     virtual void

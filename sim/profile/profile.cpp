@@ -46,6 +46,17 @@ void refuseTwins(Fields& io, const std::vector<Channel>& channels)
                                       " stands twice");
 }
 
+void describeSatellite(Fields& io, BmcState& state)
+{
+    io.require("address");
+    io.require("identity");
+    io.number("channel", state.busChannel, Fields::Base::Decimal, 0x0B);
+    io.number("address", state.address, Fields::Base::Hexadecimal);
+    io.object("identity", state.identity, Sim::describe);
+    describeSensors(io, state.sensors);
+    io.list("answers", state.answers, describe);
+}
+
 /// No value leaves the reason in errno. (A C++ stream would not say that the
 /// path is a directory.)
 std::optional<std::string> readFile(const std::string& path)
@@ -73,6 +84,9 @@ void describe(Fields& io, Profile& profile)
     io.object("messaging", profile.state.messaging, describe);
     io.list("channels", profile.state.channels, describe);
     refuseTwins(io, profile.state.channels);
+    io.object("repository", profile.state.repository, describe);
+    describeSensors(io, profile.state.sensors);
+    io.list("satellites", profile.state.satellites, describeSatellite);
     io.list("answers", profile.state.answers, describe);
     io.texts("faults", profile.faults, refuseRule);
 }

@@ -44,6 +44,10 @@ std::unique_ptr<Bmc> loadProfile(const std::string& text, Mistakes& mistakes);
 /// name that is not one.
 std::unique_ptr<Bmc> builtinProfile(const std::string& name = "two-socket");
 
+/// A repository of records, each as one JSON object of the profile's format.
+/// Records without an id get the next. Throws std::invalid_argument.
+Repository makeRepository(const std::vector<std::string>& records);
+
 } // namespace Sim
 
 #endif

@@ -30,6 +30,11 @@ std::string areas(const std::string& text)
     return "{\"identity\": {\"manufacturer\": 1}, " + text + "}";
 }
 
+std::string record(const std::string& fields)
+{
+    return areas("\"repository\": {\"records\": [{" + fields + "}]}");
+}
+
 TEST(SimProfile, everyMistakeIsNamedWithItsPlace)
 {
     const struct
@@ -81,6 +86,26 @@ TEST(SimProfile, everyMistakeIsNamedWithItsPlace)
          "/channels|channel 1 stands twice"},
         {areas("\"answers\": [{\"netFn\": 6, \"command\": 1}]"),
          "/answers/0|\"answer\" is missing"},
+        {record("\"type\": \"full\""), "/records/0|\"number\" is missing"},
+        {record("\"type\": 9, \"contained\": \"01\""),
+         "/contained|expected 16 to 22 bytes, found 1"},
+        {record("\"type\": \"oops\""), "/type|expected one of \"full\""},
+        {record("\"type\": 11"), "/type|such records are given as bytes"},
+        {record("\"type\": 3, \"number\": 1, \"m\": 4"), "/m|unknown key"},
+        {record("\"type\": 1, \"number\": 1, \"m\": 512"),
+         "/m|expected a whole number from -512 to 511"},
+        {record("\"type\": 1, \"number\": 1, \"m\": 18446744073709551615"),
+         "/m|expected a whole number"},
+        {record("\"type\": 1, \"number\": 1, \"encoding\": \"6-bit\", "
+                "\"name\": \"fan\""),
+         "/name|more than 30 characters, or some"},
+        {record("\"type\": 3, \"number\": 1, \"sensors\": [{}]"),
+         "/sensors|this record has 0 sensors"},
+        {record("\"type\": 1, \"number\": 1, \"sensors\": [{\"script\": "
+                "{\"points\": [{\"at\": 3}, {\"at\": 3}]}}]"),
+         "/script/points|point 1 is no later"},
+        {areas("\"sensors\": [{\"number\": 1}, {\"number\": 1}]"),
+         "/sensors|number 1 of LUN 0 stands twice"},
         {areas("\"faults\": [\"cc=c0\", \"cc=x\"]"),
          "/faults/1|column 1: \"cc\" expects a hexadecimal byte"},
     };
@@ -98,17 +123,20 @@ TEST(SimProfile, everyMistakeIsNamedWithItsPlace)
 TEST(SimProfile, noTextCrashesTheReader)
 {
     Mistakes mistakes;
-    const auto text = findProfile("two-socket", mistakes);
-    ASSERT_TRUE(text) << listed(mistakes);
-    EXPECT_EQ(listed(checkProfile(*text)), "");
-    for (size_t size = 0; size + 3 < text->size(); ++size)
-        EXPECT_FALSE(checkProfile(text->substr(0, size)).empty()) << size;
-    for (size_t at = 0; at < text->size(); at += 3)
-        for (char c : {'\0', '"', '{', '\xFF', '9'}) {
-            std::string odd = *text;
-            odd[at] = c;
-            checkProfile(odd); // some are still right; none may crash
-        }
+    for (const std::string& name : builtinProfileNames()) {
+        const auto text = findProfile(name, mistakes);
+        ASSERT_TRUE(text) << listed(mistakes);
+        EXPECT_EQ(listed(checkProfile(*text)), "");
+        const size_t step = text->size() / 200 + 1;
+        for (size_t size = 0; size + 3 < text->size(); size += step)
+            EXPECT_FALSE(checkProfile(text->substr(0, size)).empty()) << size;
+        for (size_t at = 0; at < text->size(); at += step)
+            for (char c : {'\0', '"', '{', '\xFF', '9'}) {
+                std::string odd = *text;
+                odd[at] = c;
+                checkProfile(odd); // some are still right; none may crash
+            }
+    }
     EXPECT_FALSE(checkProfile(std::string(100000, '[')).empty());
     std::string deep(100000, '[');
     EXPECT_FALSE(checkProfile(deep + std::string(100000, ']')).empty());
