@@ -69,7 +69,8 @@ TEST(HealthTable, asText)
     EXPECT_EQ(toText(check("111,*,*,1:0\n\n11,*,0,1:5\n11,8,1,1:20\n\x1bx\n")),
               "    1  any other type, any other state: unknown (0)\n"
               "    3  any type of class 11, Fully Redundant: OK (5)\n"
-              "    4  type 8 of class 11, Redundancy Lost: major failure (20)\n"
+              "    4  Power Supply of class 11, Redundancy Lost: major failure "
+              "(20)\n"
               "    5  \"\\x1bx\"\n"
               "       ! not \"class, type, state, 1: health\": left out\n"
               "3 rules, 1 problem\n");

@@ -6,6 +6,7 @@
 #include <tuple>
 
 #include <vek-ipmi/IpmiEvent.h>
+#include <vek-ipmi/IpmiSensor.h>
 
 namespace Tool
 {
@@ -162,7 +163,9 @@ std::string typeInWords(const HealthRule& rule)
     const bool specific = rule.sensorClass == specificClass;
     if (!rule.type)
         return specific ? "any other type" : "any type";
-    return "type " + std::to_string(*rule.type);
+    if (unknownType(rule))
+        return "type " + std::to_string(*rule.type);
+    return Ipmi::DescFromType(static_cast<uint8_t>(*rule.type));
 }
 
 std::string meaning(const HealthRule& rule)
