@@ -53,10 +53,12 @@ std::string latin1Character(unsigned code)
 
 std::string decodeLatin1(RecordView bytes)
 {
+    size_t size = bytes.size();
+    while (size > 0 && bytes.u8(size - 1) == 0) // padding
+        --size;
     std::string text;
-    for (size_t i = 0; i < bytes.size(); ++i)
-        if (bytes.u8(i) || i + 1 < bytes.size())
-            text += latin1Character(bytes.u8(i));
+    for (size_t i = 0; i < size; ++i)
+        text += latin1Character(bytes.u8(i));
     return text;
 }
 
@@ -116,7 +118,7 @@ size_t bytesOf(size_t characters, unsigned encoding)
 
 std::string trimmed(std::string text)
 {
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\0'))
+    while (!text.empty() && text.back() == ' ')
         text.pop_back();
     return text;
 }
