@@ -175,6 +175,9 @@ ipmiifc_resp* takeAnswer(const IpmiNode& node, const ipmiifc_req& sent,
     ipmiifc_resp* resp = given;
     if (given ? IpmiIfcRespReuse(given) : IpmiIfcRespNew(&resp)) {
         syslog(LOG_ERR, "Node %d: alloc failed - not enough memory.", 0);
+        // Taken all the same: the next exchange would get it for its own.
+        ipmiifc_resp dropped{};
+        receive(node, dropped);
         return nullptr;
     }
     const int type = receive(node, *resp);
