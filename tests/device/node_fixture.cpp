@@ -98,6 +98,8 @@ void NodeFixture::SetUp()
     Sim::Device::setTimeScale(1 / secondsPerSecond);
     Sim::Device::install(std::make_unique<Sim::Controller>(
         Sim::builtinProfile(), Sim::FaultSet{}));
+    // Its records would stand between a test and its exchanges.
+    Sim::Device::controller()->bmc().state().repository.reset();
     resetNode();
     Seam::takeLog();
     takeExchanges();
@@ -122,9 +124,19 @@ void NodeFixture::resetNode()
     g_IpmiNode[0].targetAddress = 0;
 }
 
+void NodeFixture::serveState(Sim::BmcState state)
+{
+    Sim::Device::install(std::make_unique<Sim::Controller>(
+        std::make_unique<Sim::Bmc>(std::move(state)), Sim::FaultSet{}));
+    taken_ = 0;
+    IpmiIfcOpenIpmiClose(0);
+    IpmiIfcOpenIpmiOpen(0);
+}
+
 void NodeFixture::serve(const std::vector<std::string>& faults)
 {
     Sim::Device::controller()->bmc().reset();
+    Sim::Device::controller()->bmc().state().repository.reset();
     setFaults(faults);
 }
 

@@ -9,6 +9,7 @@
 
 #include "ipmi/IpmiNode.h"
 #include "sim/device/device.h"
+#include "sim/model/bmc.h"
 #include "tests/support/libc_seam.h"
 
 using Sim::Bytes;
@@ -43,7 +44,9 @@ protected:
 
     void resetNode();
 
-    /// Puts a new controller with these faults behind the device.
+    /// Another controller behind the device, which is open then.
+    void serveState(Sim::BmcState state);
+    /// A controller as at the beginning, with these faults.
     void serve(const std::vector<std::string>& faults);
     /// Gives the controller that is there other faults.
     void setFaults(const std::vector<std::string>& faults);

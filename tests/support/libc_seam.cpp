@@ -231,5 +231,5 @@ void* operator new(size_t size, const std::nothrow_t&) noexcept
 
 void* operator new[](size_t size, const std::nothrow_t&) noexcept
 {
-    return ::operator new[](size);
+    return shouldFail(Seam::Call::allocate) ? nullptr : ::operator new[](size);
 }
