@@ -1,5 +1,7 @@
 #include "sim/controller.h"
 
+#include <utility>
+
 #include "sim/fault/action.h"
 #include "sim/model/bmc.h"
 #include "sim/profile/profile.h"
@@ -14,6 +16,7 @@ struct Controller::State
     std::chrono::microseconds latency;
     std::map<uint16_t, uint64_t> counts;
     AnswerMemory memory;
+    std::chrono::microseconds bridged{0}; ///< Delay of a message sent on.
 };
 
 namespace
@@ -62,7 +65,17 @@ void takeTurns(FaultAction::Context& context)
 Controller::Controller(std::unique_ptr<Bmc> bmc, FaultSet faults,
                        std::chrono::microseconds latency)
     : state_{new State{std::move(bmc), std::move(faults), latency, {}, {}}}
-{}
+{
+    // What the BMC sends on to others is seen, counted and spoilt as if the
+    // front end had sent it there.
+    state_->bmc->setBridge([this](const Request& request) {
+        const Outcome outcome = exchange(request);
+        state_->bridged = outcome.delay;
+        return outcome.kind == Outcome::Kind::Answer
+                   ? std::make_optional(outcome.bytes)
+                   : std::nullopt;
+    });
+}
 
 Controller::~Controller() = default;
 
@@ -86,6 +99,7 @@ Outcome Controller::exchange(const Request& request)
     outcome.delay = state_->latency;
     apply(Phase::Controller, due, context);
     askModel(context);
+    outcome.delay += std::exchange(state_->bridged, {});
     const Outcome right = outcome;
     takeTurns(context);
     apply(Phase::Answer, due, context);

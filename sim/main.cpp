@@ -11,6 +11,7 @@
 #include "sim/profile/profile.h"
 #include "sim/program/child.h"
 #include "sim/program/failure.h"
+#include "sim/program/import.h"
 #include "sim/program/options.h"
 #include "sim/program/preload.h"
 #include "sim/program/reach.h"
@@ -103,6 +104,10 @@ int main(int argc, char** argv)
             return 0;
         if (!options.check.empty())
             return check(options);
+        if (!options.dump.empty()) {
+            Sim::importSdrFile(options.dump, options.output);
+            return 0;
+        }
         return options.serve.empty() ? run(options) : serve(options);
     } catch (const Failure& failure) {
         std::istringstream lines(failure.text);

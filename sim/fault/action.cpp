@@ -25,6 +25,18 @@ Expected hexByte(Fault& fault, const std::string& argument)
     return expected;
 }
 
+Expected hexWord(Fault& fault, const std::string& argument)
+{
+    return parseHexWord(argument, fault.value);
+}
+
+Expected recordCount(Fault& fault, const std::string& argument)
+{
+    const Expected expected = parseWhole(argument, fault.value);
+    return expected || fault.value > 0xFFFF ? "a number from 0 to 65535"
+                                            : nullptr;
+}
+
 Expected errnoName(Fault& fault, const std::string& argument)
 {
     return parseErrno(argument, fault.value);
@@ -93,6 +105,39 @@ void flip(const Fault& fault, Context& context)
         context.outcome.bytes[fault.value] ^= fault.mask;
 }
 
+void setWord(Bytes& answer, size_t at, uint32_t value)
+{
+    if (at + 2 > answer.size())
+        return;
+    answer[at] = uint8_t(value);
+    answer[at + 1] = uint8_t(value >> 8);
+}
+
+/// Where the answers of Get SDR and of its like name the next record.
+void nameNext(const Fault& fault, Context& context)
+{
+    setWord(context.outcome.bytes, 1, fault.value);
+}
+
+/// Where a repository's information tells how many records there are.
+void lieAboutCount(const Fault& fault, Context& context)
+{
+    setWord(context.outcome.bytes, 2, fault.value);
+}
+
+template <bool stamped>
+void changeRepository(const Fault&, Context& context)
+{
+    if (auto& repository = context.bmc.state().repository)
+        repository->change(context.bmc.now(), stamped);
+}
+
+void reserveAsOther(const Fault&, Context& context)
+{
+    if (auto& repository = context.bmc.state().repository)
+        repository->reserve();
+}
+
 void changeNetFn(const Fault& fault, Context& context)
 {
     context.outcome.netFn = uint8_t(fault.value);
@@ -135,11 +180,16 @@ constexpr FaultAction actions[] = {
     {"send-errno", Phase::Send, errnoName, failWithErrno},
     {"vanish", Phase::Send, wholeNumber, vanish},
     {"reset", Phase::Controller, nothing, reset},
+    {"change", Phase::Controller, nothing, changeRepository<true>},
+    {"change-unstamped", Phase::Controller, nothing, changeRepository<false>},
+    {"other-reader", Phase::Controller, nothing, reserveAsOther},
     {"cc", Phase::Controller, hexByte, refuse},
     {"out-of-turn", Phase::Controller, nothing, withhold},
     {"cut", Phase::Answer, answerSize, cut},
     {"pad", Phase::Answer, answerSize, pad},
     {"flip", Phase::Answer, flipped, flip},
+    {"next-id", Phase::Answer, hexWord, nameNext},
+    {"entries", Phase::Answer, recordCount, lieAboutCount},
     {"answer-netfn", Phase::Answer, hexByte, changeNetFn},
     {"answer-cmd", Phase::Answer, hexByte, changeCommand},
     {"delay", Phase::Answer, wholeNumber, delayAnswer},

@@ -67,6 +67,12 @@ Expected parseHexByte(const std::string& text, uint8_t& value)
     return nullptr;
 }
 
+Expected parseHexWord(const std::string& text, uint32_t& value)
+{
+    return keep(parseNumber(text, 16, 0xFFFF), value,
+                "a hexadecimal number up to ffff");
+}
+
 Expected parseCount(const std::string& text, uint32_t& value)
 {
     auto parsed = parseNumber(text, 10);

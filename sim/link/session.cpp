@@ -84,15 +84,18 @@ void LinkSession::handle(const LinkRequest& message, LinkStep& step)
     noticeEvent(step);
 }
 
-/// The driver reads until nothing waits, so that only the first event has to
-/// be announced.
+/// The driver reads until nothing waits, so that only the first event or
+/// message has to be announced.
 void LinkSession::noticeEvent(LinkStep& step)
 {
     const auto& messaging = controller_.bmc().state().messaging;
-    const bool waits =
-        messaging && messaging->flags() & Messaging::eventMessage;
-    if (waits && !announced_)
+    const bool waits = messaging && messaging->flags() != 0;
+    if (waits && !announced_) {
         step.replies.push_back(operation(LinkOperation::attentionInterrupt));
+        // Not before the answer to the request that brought it.
+        if (step.replies.size() > 1)
+            step.replies.back().delay = step.replies.end()[-2].delay;
+    }
     announced_ = waits;
 }
 

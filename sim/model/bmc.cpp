@@ -106,7 +106,7 @@ std::optional<Bytes> Bmc::answer(const Request& request)
 {
     if (request.channel == systemInterface)
         return answerHere(request);
-    Bmc* other = satellite(request.channel, request.slaveAddress);
+    Bmc* other = reach(request.channel, request.slaveAddress);
     return other ? other->answerHere(request) : std::nullopt;
 }
 
@@ -146,8 +146,17 @@ void Bmc::reset()
     start();
 }
 
-Bmc* Bmc::satellite(uint8_t channel, uint8_t address)
+std::optional<Bytes> Bmc::bridge(const Request& request)
 {
+    return bridge_ ? bridge_(request) : answer(request);
+}
+
+Bmc* Bmc::reach(uint8_t channel, uint8_t address)
+{
+    // Some firmware loops a message to itself back; clients count on it for
+    // the BMC's own sensors at other LUNs.
+    if (channel == state_.busChannel && address == state_.address)
+        return this;
     const auto found = std::find_if(
         satellites_.begin(), satellites_.end(), [&](const Bmc& one) {
             return one.state_.busChannel == channel &&

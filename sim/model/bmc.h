@@ -55,6 +55,7 @@ class Bmc
 public:
     /// Seconds since 1970.
     using Clock = std::function<int64_t()>;
+    using Bridge = std::function<std::optional<Bytes>(const Request&)>;
 
     /// Sensors that the repository's records tell of are made, each at the
     /// controller that owns it, unless the state has them already.
@@ -70,8 +71,13 @@ public:
     /// The LUN of the request that is being answered.
     uint8_t lun() const { return lun_; }
 
-    /// Null when nobody is there.
-    Bmc* satellite(uint8_t channel, uint8_t address);
+    /// Carries a message to another controller: by answer(), unless whoever
+    /// stands in front of this one wants to see it.
+    std::optional<Bytes> bridge(const Request& request);
+    void setBridge(Bridge bridge) { bridge_ = std::move(bridge); }
+
+    /// Itself, or one of the satellites. Null when nobody is there.
+    Bmc* reach(uint8_t channel, uint8_t address);
 
     /// A test's hook: an event message of 16 bytes for the event buffer.
     void queueEvent(Bytes event);
@@ -94,6 +100,7 @@ private:
     BmcState state_; ///< Its satellites have moved out.
     std::vector<Bmc> satellites_;
     Clock clock_;
+    Bridge bridge_;
     int64_t started_ = 0;
     uint8_t lun_ = 0;
 };

@@ -1,6 +1,7 @@
 #include "sim/model/messaging.h"
 
 #include "sim/model/bmc.h"
+#include "sim/model/ipmb.h"
 
 namespace Sim
 {
@@ -29,8 +30,11 @@ Bytes getEnables(Bmc& bmc, const Bytes&)
 
 Bytes clearFlags(Bmc& bmc, const Bytes& data)
 {
+    Messaging& messaging = *bmc.state().messaging;
     if (data[0] & Messaging::eventMessage)
-        bmc.state().messaging->events.clear();
+        messaging.events.clear();
+    if (data[0] & Messaging::receiveMessage)
+        messaging.received.clear();
     return {cc::ok};
 }
 
@@ -39,16 +43,30 @@ Bytes getFlags(Bmc& bmc, const Bytes&)
     return {cc::ok, bmc.state().messaging->flags()};
 }
 
-// Nothing can arrive: no channel here leads to anybody.
-Bytes getMessage(Bmc&, const Bytes&)
+Bytes getMessage(Bmc& bmc, const Bytes&)
 {
-    return {nothingWaits};
+    auto& received = bmc.state().messaging->received;
+    if (received.empty())
+        return {nothingWaits};
+    Bytes answer{cc::ok};
+    append(answer, received.front());
+    received.pop_front();
+    return answer;
 }
 
 Bytes sendMessage(Bmc& bmc, const Bytes& data)
 {
-    return bmc.state().channel(data[0] & 0x0F) ? Bytes{nobodyThere}
-                                               : Bytes{cc::invalidDataField};
+    if (!bmc.state().channel(data[0] & 0x0F))
+        return {cc::invalidDataField};
+    const auto message = unwrap(data);
+    if (!message)
+        return {nobodyThere};
+    const auto answer = bmc.bridge(message->request);
+    if (!answer)
+        return {nobodyThere};
+    // Whoever sent it asks for the answer when the flags show it.
+    bmc.state().messaging->received.push_back(wrap(*message, *answer));
+    return {cc::ok};
 }
 
 Bytes readEvent(Bmc& bmc, const Bytes&)

@@ -27,9 +27,14 @@ struct Messaging
 
     bool eventBuffer = true; ///< There is one that can be enabled.
     uint8_t enables = systemEventLogging;
-    std::deque<Bytes> events; ///< 16 bytes each; the first is in the buffer.
+    std::deque<Bytes> events;   ///< 16 bytes each; the first is in the buffer.
+    std::deque<Bytes> received; ///< From buses, as Get Message gives them.
 
-    uint8_t flags() const { return events.empty() ? 0 : uint8_t(eventMessage); }
+    uint8_t flags() const
+    {
+        return uint8_t((received.empty() ? 0 : receiveMessage) |
+                       (events.empty() ? 0 : eventMessage));
+    }
 };
 
 extern const Family messagingFamily;

@@ -152,10 +152,17 @@ void Repository::add(SdrRecord record, int64_t now, bool stamped)
         stamp(added, now);
 }
 
-void Repository::removeLast(int64_t now, bool stamped)
+void Repository::change(int64_t now, bool stamped)
 {
-    if (!records.empty())
+    if (gone) {
+        add(std::move(*gone), now, stamped);
+        gone.reset();
+        return;
+    }
+    if (!records.empty()) {
+        gone = std::move(records.back());
         records.pop_back();
+    }
     reservation = 0;
     if (stamped)
         stamp(erased, now);

@@ -2,6 +2,8 @@
 #ifndef VEK_SIM_MODEL_SDR_H
 #define VEK_SIM_MODEL_SDR_H
 
+#include <optional>
+
 #include "sim/model/command.h"
 #include "sim/model/sensor.h"
 
@@ -36,12 +38,14 @@ struct Repository
 
     uint16_t reservation = 0; ///< 0: nobody holds one.
     uint16_t lastReservation = 0;
+    std::optional<SdrRecord> gone; ///< By a change, until the next.
 
     /// Cancels the one before.
     uint16_t reserve();
     /// A change cancels the reservation, and is stamped unless told not to.
     void add(SdrRecord record, int64_t now, bool stamped = true);
-    void removeLast(int64_t now, bool stamped = true);
+    /// The last record goes, and comes back with the next change.
+    void change(int64_t now, bool stamped = true);
 };
 
 extern const Family sdrFamily;

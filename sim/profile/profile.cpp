@@ -57,21 +57,6 @@ void describeSatellite(Fields& io, BmcState& state)
     io.list("answers", state.answers, describe);
 }
 
-/// No value leaves the reason in errno. (A C++ stream would not say that the
-/// path is a directory.)
-std::optional<std::string> readFile(const std::string& path)
-{
-    std::unique_ptr<FILE, int (*)(FILE*)> file{std::fopen(path.c_str(), "rbe"),
-                                               std::fclose};
-    if (!file)
-        return std::nullopt;
-    std::string text;
-    char piece[4096];
-    while (size_t size = std::fread(piece, 1, sizeof piece, file.get()))
-        text.append(piece, size);
-    return std::ferror(file.get()) ? std::nullopt : std::make_optional(text);
-}
-
 } // namespace
 
 void describe(Fields& io, Profile& profile)
@@ -124,6 +109,20 @@ Mistakes checkProfile(const std::string& text)
     Mistakes mistakes;
     readProfile(text, mistakes);
     return mistakes;
+}
+
+// A C++ stream would not say that the path is a directory.
+std::optional<std::string> readFile(const std::string& path)
+{
+    std::unique_ptr<FILE, int (*)(FILE*)> file{std::fopen(path.c_str(), "rbe"),
+                                               std::fclose};
+    if (!file)
+        return std::nullopt;
+    std::string text;
+    char piece[4096];
+    while (size_t size = std::fread(piece, 1, sizeof piece, file.get()))
+        text.append(piece, size);
+    return std::ferror(file.get()) ? std::nullopt : std::make_optional(text);
 }
 
 std::optional<std::string> findProfile(const std::string& nameOrPath,

@@ -34,6 +34,9 @@ std::string writeProfile(const Profile& profile);
 std::optional<std::string> findProfile(const std::string& nameOrPath,
                                        Mistakes& mistakes);
 
+/// A file's bytes. No value leaves the reason in errno.
+std::optional<std::string> readFile(const std::string& path);
+
 std::vector<std::string> builtinProfileNames();
 
 /// The controller of a profile's text alone, without its faults; null when

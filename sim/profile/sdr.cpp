@@ -49,7 +49,8 @@ void describeId(Fields& io, Bytes& record, size_t at)
     uint8_t encoding =
         id.empty() ? uint8_t(IdEncoding::EightBit) : uint8_t(id[0] >> 6);
     std::string text = decodeId(id);
-    io.choice("encoding", encoding, SdrWords::encodings);
+    if (io.reads() || encoding != uint8_t(IdEncoding::EightBit))
+        io.choice("encoding", encoding, SdrWords::encodings);
     io.text("name", text, [encoding](const std::string& value) {
         return encodeId(value, IdEncoding(encoding))
                    ? ""
@@ -72,7 +73,7 @@ void describeFields(Fields& io, SdrRecord& record)
     }
     if (io.reads())
         record.bytes = layout->initial;
-    layout->describe(io, record.bytes);
+    layout->describe(io, record.bytes, layout->initial);
     if (layout->hasId)
         describeId(io, record.bytes, layout->initial.size());
     setByte(record.bytes, lengthAt, record.bytes.size() - sdr::header);

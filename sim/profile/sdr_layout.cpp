@@ -49,12 +49,17 @@ void set(Bytes& record, Piece piece, uint32_t value)
             uint8_t((record[piece.at] & ~mask) | (value << piece.shift & mask));
 }
 
+uint32_t get(const Bytes& record, const Row& row)
+{
+    const uint32_t high = get(record, row.high);
+    return get(record, row.low) | high << row.low.width;
+}
+
 void describeRow(Fields& io, Bytes& record, const Row& row)
 {
     const int width = row.low.width + row.high.width;
     const uint32_t max = (1u << width) - 1;
-    uint32_t value = get(record, row.low) | get(record, row.high)
-                                                << row.low.width;
+    uint32_t value = get(record, row);
     switch (row.kind) {
     case Kind::Decimal:
         io.number(row.key, value, Fields::Base::Decimal, max);
@@ -86,11 +91,14 @@ void describeRow(Fields& io, Bytes& record, const Row& row)
     set(record, row.high, value >> row.low.width);
 }
 
+/// What is as `usual` need not be written.
 template <size_t count>
-void describeRows(Fields& io, Bytes& record, const Row (&rows)[count])
+void describeRows(Fields& io, Bytes& record, const Row (&rows)[count],
+                  const Bytes& usual)
 {
     for (const Row& row : rows)
-        describeRow(io, record, row);
+        if (io.reads() || get(record, row) != get(usual, row))
+            describeRow(io, record, row);
 }
 
 // IPMI v2.0, 43.1 to 43.3.
@@ -98,11 +106,11 @@ constexpr Row owners[] = {
     {"owner", Kind::Hexadecimal, {}, {5, 0, 8}, {}},
     {"channel", Kind::Decimal, {}, {6, 4, 4}, {}},
     {"lun", Kind::Decimal, {}, {6, 0, 2}, {}},
-    {"number", Kind::Decimal, {}, {7, 0, 8}, {}},
     {"entity", Kind::Code, entities, {8, 0, 8}, {}},
     {"instance", Kind::Decimal, {}, {9, 0, 7}, {}},
     {"logicalEntity", Kind::Flag, {}, {9, 7, 1}, {}},
 };
+constexpr Row sensorNumber{"number", Kind::Decimal, {}, {7, 0, 8}, {}};
 constexpr Row controls[] = {
     {"initialization", Kind::Bits, initializations, {10, 0, 8}, {}},
     {"ignoreIfAbsent", Kind::Flag, {}, {11, 7, 1}, {}},
@@ -253,40 +261,46 @@ void deriveStates(Bytes& record)
     }
 }
 
-void describeSensor(Fields& io, Bytes& record)
+void describeOwner(Fields& io, Bytes& record, const Bytes& usual)
 {
-    describeRows(io, record, owners);
-    describeRows(io, record, controls);
+    io.require("number");
+    describeRow(io, record, sensorNumber);
+    describeRows(io, record, owners, usual);
+}
+
+void describeSensor(Fields& io, Bytes& record, const Bytes& usual)
+{
+    describeOwner(io, record, usual);
+    describeRows(io, record, controls, usual);
     if (isThreshold(record)) {
-        describeRows(io, record, thresholdMasks);
+        describeRows(io, record, thresholdMasks, usual);
+        Bytes derived = record;
+        deriveStates(derived);
         if (io.reads())
-            deriveStates(record);
-        describeRows(io, record, thresholdStates);
+            record = derived;
+        describeRows(io, record, thresholdStates, derived);
     } else {
-        describeRows(io, record, discreteMasks);
+        describeRows(io, record, discreteMasks, usual);
     }
-    describeRows(io, record, unitRows);
+    describeRows(io, record, unitRows, usual);
 }
 
-void describeFull(Fields& io, Bytes& record)
+void describeFull(Fields& io, Bytes& record, const Bytes& usual)
 {
-    io.require("number");
-    describeSensor(io, record);
-    describeRows(io, record, fullRows);
+    describeSensor(io, record, usual);
+    describeRows(io, record, fullRows, usual);
 }
 
-void describeCompact(Fields& io, Bytes& record)
+void describeCompact(Fields& io, Bytes& record, const Bytes& usual)
 {
-    io.require("number");
-    describeSensor(io, record);
-    describeRows(io, record, compactRows);
+    describeSensor(io, record, usual);
+    describeRows(io, record, compactRows, usual);
 }
 
-void describeEventOnly(Fields& io, Bytes& record)
+void describeEventOnly(Fields& io, Bytes& record, const Bytes& usual)
 {
-    io.require("number");
-    describeRows(io, record, owners);
-    describeRows(io, record, eventOnlyRows);
+    describeOwner(io, record, usual);
+    describeRows(io, record, eventOnlyRows, usual);
 }
 
 /// The rest of the record as bytes.
@@ -301,42 +315,42 @@ void describeRest(Fields& io, Bytes& record, const char* key, size_t from,
     append(record, rest);
 }
 
-void describeAssociation(Fields& io, Bytes& record)
+void describeAssociation(Fields& io, Bytes& record, const Bytes& usual)
 {
-    describeRows(io, record, containers);
-    describeRows(io, record, associationFlags);
+    describeRows(io, record, containers, usual);
+    describeRows(io, record, associationFlags, usual);
     describeRest(io, record, "contained", 8, 8, 8);
 }
 
-void describeDeviceAssociation(Fields& io, Bytes& record)
+void describeDeviceAssociation(Fields& io, Bytes& record, const Bytes& usual)
 {
-    describeRows(io, record, containers);
-    describeRows(io, record, deviceAssociation);
+    describeRows(io, record, containers, usual);
+    describeRows(io, record, deviceAssociation, usual);
     describeRest(io, record, "contained", 10, 16, 22);
     record.resize(std::max<size_t>(record.size(), 32));
 }
 
-void describeGeneric(Fields& io, Bytes& record)
+void describeGeneric(Fields& io, Bytes& record, const Bytes& usual)
 {
-    describeRows(io, record, genericRows);
-    describeRows(io, record, deviceRows);
-    describeRows(io, record, locatorRows);
+    describeRows(io, record, genericRows, usual);
+    describeRows(io, record, deviceRows, usual);
+    describeRows(io, record, locatorRows, usual);
 }
 
-void describeFru(Fields& io, Bytes& record)
+void describeFru(Fields& io, Bytes& record, const Bytes& usual)
 {
-    describeRows(io, record, fruRows);
-    describeRows(io, record, deviceRows);
-    describeRows(io, record, locatorRows);
+    describeRows(io, record, fruRows, usual);
+    describeRows(io, record, deviceRows, usual);
+    describeRows(io, record, locatorRows, usual);
 }
 
-void describeMc(Fields& io, Bytes& record)
+void describeMc(Fields& io, Bytes& record, const Bytes& usual)
 {
-    describeRows(io, record, mcRows);
-    describeRows(io, record, locatorRows);
+    describeRows(io, record, mcRows, usual);
+    describeRows(io, record, locatorRows, usual);
 }
 
-void describeOem(Fields& io, Bytes& record)
+void describeOem(Fields& io, Bytes& record, const Bytes&)
 {
     constexpr Row low{"manufacturer", Kind::Decimal, {}, {5, 0, 8}, {6, 0, 8}};
     uint32_t manufacturer = get(record, low.low) | get(record, low.high) << 8 |

@@ -12,7 +12,8 @@ struct SdrLayout
     uint8_t type;
     Bytes initial; ///< Up to the type/length byte of the ID string, if any.
     bool hasId;
-    void (*describe)(Fields& io, Bytes& record); ///< All but the ID string.
+    /// All but the ID string; `usual` is `initial`.
+    void (*describe)(Fields& io, Bytes& record, const Bytes& usual);
 };
 
 /// Null for a type whose records have no fields here.

@@ -39,7 +39,8 @@ class Formatter : public CLI::Formatter
     {
         return "Usage: vek-ipmi-sim [OPTIONS] -- COMMAND [ARGUMENTS]\n"
                "       vek-ipmi-sim [OPTIONS] --serve HOST:PORT\n"
-               "       vek-ipmi-sim check PROFILE\n";
+               "       vek-ipmi-sim check PROFILE\n"
+               "       vek-ipmi-sim import sdr FILE [-o PROFILE]\n";
     }
 };
 
@@ -59,9 +60,9 @@ void checkWhole(const Options& options, bool hasDashes)
     const auto fail = [](const char* text) {
         throw Failure{status::ownFailure, text};
     };
-    if (!options.check.empty()) {
+    if (!options.check.empty() || !options.dump.empty()) {
         if (hasDashes)
-            fail("check takes no command");
+            fail("check and import take no command");
     } else if (!options.serve.empty()) {
         if (hasDashes)
             fail("--serve takes no command: it serves a virtual machine");
@@ -76,6 +77,22 @@ void checkWhole(const Options& options, bool hasDashes)
 std::string checkNotEmpty(const std::string& text)
 {
     return text.empty() ? "may not be empty" : "";
+}
+
+void declareImport(CLI::App& app, Options& options)
+{
+    CLI::App* import = app.add_subcommand(
+        "import", "Make a profile of what a real controller holds");
+    import->require_subcommand(1);
+    CLI::App* sdr = import->add_subcommand(
+        "sdr", "Of records as \"ipmitool sdr dump FILE\" writes them");
+    sdr->add_option("FILE", options.dump, "The records")
+        ->required()
+        ->check(checkNotEmpty);
+    sdr->add_option("-o,--output", options.output,
+                    "The profile; else it is printed")
+        ->option_text("PROFILE")
+        ->check(checkNotEmpty);
 }
 
 void declare(CLI::App& app, Options& options, double& latencyMs)
@@ -109,6 +126,7 @@ void declare(CLI::App& app, Options& options, double& latencyMs)
         ->add_option("PROFILE", options.check, "Built-in name or path")
         ->required()
         ->check(checkNotEmpty);
+    declareImport(app, options);
 }
 
 } // namespace

@@ -17,6 +17,8 @@ struct Options
     bool realUserId = false;
     std::string serve;                ///< HOST:PORT; empty: run a command.
     std::string check;                ///< A profile; empty: do not check.
+    std::string dump;                 ///< A file to import; empty: none.
+    std::string output;               ///< Empty: standard output.
     std::vector<std::string> command; ///< With its arguments.
 };
 

@@ -178,6 +178,13 @@ TEST(SimFault, eachActionDoesWhatItsNameSays)
         {"pad=2", Kind::Answer, deviceIdAnswer},
         {"flip=1:81", Kind::Answer, {0, 0xA1, 0, 0, 9, 0x51, 0, 0, 0, 0, 0, 0}},
         {"flip=12:ff", Kind::Answer, deviceIdAnswer},
+        {"next-id=1234",
+         Kind::Answer,
+         {0, 0x34, 0x12, 0, 9, 0x51, 0, 0, 0, 0, 0, 0}},
+        {"entries=258",
+         Kind::Answer,
+         {0, 0x20, 2, 1, 9, 0x51, 0, 0, 0, 0, 0, 0}},
+        {"change", Kind::Answer, deviceIdAnswer}, // there is no repository
         {"answer-netfn=0b", Kind::Answer, deviceIdAnswer, 0x0B},
         {"answer-cmd=02", Kind::Answer, deviceIdAnswer, 7, 2},
         {"delay=30", Kind::Answer, deviceIdAnswer, 7, 1, 31},
@@ -246,6 +253,41 @@ TEST(SimFault, aResetBringsTheProfileBack)
     controller->exchange({6, 0x2E, {0x0F}});
     EXPECT_EQ(controller->exchange({6, 0x2F, {}}).bytes, (Bytes{0, 0x0F}));
     EXPECT_EQ(controller->exchange({6, 0x2F, {}}).bytes, (Bytes{0, 0x08}));
+}
+
+TEST(SimFault, theRepositoryChangesUnderItsReader)
+{
+    const struct
+    {
+        const char* rule;
+        Bytes piece;
+        uint8_t records;
+        bool stamped;
+    } cases[] = {
+        {"cc=c0,nth=99", {0, 2, 0, 0x51}, 105, false},
+        {"cmd=get-sdr,change", {0xC5}, 104, true},
+        {"cmd=get-sdr,change-unstamped", {0xC5}, 104, false},
+        {"cmd=get-sdr,other-reader", {0xC5}, 105, false},
+        {"cmd=get-sdr-repository-info,entries=7", {0, 2, 0, 0x51}, 7, false},
+        {"cmd=get-sdr,next-id=0001", {0, 1, 0, 0x51}, 105, false},
+    };
+    for (const auto& c : cases) {
+        Mistakes mistakes;
+        auto controller = makeController({"two-socket", {c.rule}}, mistakes);
+        ASSERT_TRUE(controller) << c.rule;
+        const Request info{0x0A, 0x20, {}};
+        const Bytes before = controller->exchange(info).bytes;
+        controller->exchange({0x0A, 0x22, {}});
+        EXPECT_EQ(controller->exchange({0x0A, 0x23, {1, 0, 1, 0, 2, 1}}).bytes,
+                  c.piece)
+            << c.rule;
+        const Bytes after = controller->exchange(info).bytes;
+        EXPECT_EQ(after.at(2), c.records) << c.rule;
+        const auto stamp = [](const Bytes& bytes) {
+            return Bytes{bytes.begin() + 6, bytes.begin() + 14};
+        };
+        EXPECT_EQ(stamp(after) != stamp(before), c.stamped) << c.rule;
+    }
 }
 
 TEST(SimFault, opensFailByTheirOwnCount)

@@ -180,6 +180,53 @@ TEST(SimLink, eventsCallForAttentionUntilTheyAreRead)
     EXPECT_TRUE(machine.session.connected().replies.empty());
 }
 
+/// What the driver makes of a Get Device ID (LUN 0) to 72h on channel 6, but
+/// for its request's sequence number and frame.
+const Bytes bridgedDeviceId = {0x06, 0x72, 0x18, 0x76, 0x20, 0x0A, 0x01, 0xD5};
+
+TEST(SimLink, messagesToOtherControllersAreAnsweredThroughTheQueue)
+{
+    BmcState state = Machine::state();
+    state.channels = {{6, 1, 1}};
+    state.satellites.emplace_back();
+    state.satellites[0].busChannel = 6;
+    state.satellites[0].address = 0x72;
+    state.satellites[0].identity.product = 0x1234;
+    Mistake mistake;
+    FaultSet faults;
+    faults.add(*parseFault("cmd=01,nth=2,silence", mistake));
+    Controller controller{std::make_unique<Bmc>(state), faults,
+                          std::chrono::milliseconds{5}};
+    LinkSession session{controller};
+    const auto send = [&](uint8_t command, const Bytes& data) {
+        Bytes body{0x00, 0x18, command};
+        append(body, data);
+        uint8_t sum = 0;
+        for (uint8_t byte : body)
+            sum = uint8_t(sum + byte);
+        body.push_back(uint8_t(-sum));
+        const Bytes frame = encodeFrame({LinkKind::Message, body});
+        return session.receive(frame.data(), frame.size()).replies;
+    };
+    auto replies = send(0x34, bridgedDeviceId);
+    ASSERT_EQ(replies.size(), 2u);
+    EXPECT_EQ(replies[1].frame, (Bytes{0x02, 0xA1})); // attention
+    EXPECT_EQ(replies[1].delay, std::chrono::milliseconds{10});
+    EXPECT_EQ(controller.exchange({6, 0x31, {}}).bytes, (Bytes{0, 1}));
+    EXPECT_EQ(controller.exchange({6, 0x33, {}}).bytes,
+              (Bytes{0, 6, 0x1E, 0xC2, 0x72, 0x08, 0x01, 0,    0x20, 0,
+                     0, 0, 0x02, 0,    0,    0,    0,    0x34, 0x12, 0x1D}));
+    EXPECT_EQ(controller.exchange({6, 0x33, {}}).bytes, Bytes{0x80});
+    EXPECT_EQ(send(0x34, bridgedDeviceId).size(), 1u); // silent: refused
+    Bytes wrongSum = bridgedDeviceId, nobody = bridgedDeviceId;
+    wrongSum.back() ^= 1;
+    nobody[1] = 0x70;
+    nobody[3] = 0x78;
+    for (const Bytes& data : {wrongSum, nobody})
+        EXPECT_EQ(controller.exchange({6, 0x34, data}).bytes, Bytes{0x83});
+    EXPECT_EQ(controller.counts().at(0x0601), 3u);
+}
+
 TEST(SimLink, aVanishedControllerDropsTheLink)
 {
     Mistake mistake;

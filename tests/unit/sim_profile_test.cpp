@@ -154,10 +154,13 @@ TEST(SimProfile, whatIsWrittenReadsBackTheSame)
         ASSERT_TRUE(again) << text << listed(mistakes);
         EXPECT_EQ(writeProfile(*again), text);
         Bmc first{profile->state}, second{again->state};
+        for (Bmc* bmc : {&first, &second})
+            bmc->setClock([] { return int64_t{1000}; });
         for (int command = 0; command < 0x60; ++command)
             for (const Bytes& data :
-                 {Bytes{}, Bytes{0x0F}, Bytes{0, 4, 1, 0}, Bytes{0, 5, 0, 0}})
-                for (uint8_t netFn : {0x00, 0x06})
+                 {Bytes{}, Bytes{0x0F}, Bytes{0, 4, 1, 0}, Bytes{0, 5, 0, 0},
+                  Bytes{3}, Bytes{0, 0, 7, 0, 0, 0xFF}})
+                for (uint8_t netFn : {0x00, 0x04, 0x06, 0x0A})
                     EXPECT_EQ(first.answer({netFn, uint8_t(command), data}),
                               second.answer({netFn, uint8_t(command), data}))
                         << command;

@@ -82,12 +82,14 @@ TEST(SimSdr, aChangeVoidsTheReservationAndIsStamped)
     repository.add({20, {20, 0, 0x51, 0xC0, 0}, {}}, bmc.now());
     EXPECT_EQ(ask(bmc, getSdr, {1, 0, 9, 0, 5, 2}), Bytes{0xC5});
     EXPECT_EQ(ask(bmc, reserve), (Bytes{0, 2, 0})); // never the same again
-    repository.removeLast(bmc.now(), false);
+    repository.change(bmc.now(), false);
     EXPECT_EQ(ask(bmc, getSdr, {2, 0, 9, 0, 5, 2}), Bytes{0xC5});
     EXPECT_EQ(ask(bmc, getSdr, {0, 0, 20, 0, 0, 5}), Bytes{0xCB});
     EXPECT_EQ(repository.added, 1000u);
     EXPECT_EQ(repository.erased, 0u);
-    repository.add({21, {}, {}}, bmc.now());
+    repository.change(bmc.now());
+    EXPECT_EQ(ask(bmc, getSdr, {0, 0, 20, 0, 0, 2}),
+              (Bytes{0, 0xFF, 0xFF, 20, 0}));
     EXPECT_EQ(repository.added, 1001u); // told apart within a second
 }
 

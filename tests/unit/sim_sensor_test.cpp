@@ -141,7 +141,8 @@ TEST(SimSensor, anotherControllerOwnsItsSensors)
     EXPECT_EQ(bridged(6, 0x72, 1), (Bytes{0, 7, 0xC0, 0xC0}));
     EXPECT_EQ(bridged(6, 0x72, 0), Bytes{0xCB});
     EXPECT_EQ(bridged(0, 0x72, 0), std::nullopt);
-    bmc.satellite(6, 0x72)->state().sensors[0x101].reading = 8;
+    EXPECT_EQ(bridged(0, 0x20, 0), Bytes{0xC1}); // the BMC itself
+    bmc.reach(6, 0x72)->state().sensors[0x101].reading = 8;
     EXPECT_EQ(bridged(6, 0x72, 1)->at(1), 8);
     bmc.reset();
     EXPECT_EQ(bridged(6, 0x72, 1)->at(1), 7);

@@ -1,0 +1,104 @@
+#include "sim/profile/import.h"
+
+#include <algorithm>
+
+#include "sim/model/sdr_record.h"
+
+namespace Sim
+{
+namespace
+{
+
+constexpr uint8_t sensorDevice = 0x01, sdrRepository = 0x02;
+constexpr uint8_t ipmb = 0x01, systemInterfaceMedium = 0x0C;
+constexpr uint8_t ipmbProtocol = 0x01, kcs = 0x05;
+
+Identity makeIdentity(uint8_t support)
+{
+    Identity identity;
+    identity.deviceSupport = support;
+    identity.selfTest = {0x55, 0x00};
+    return identity;
+}
+
+Channel makeChannel(uint8_t number, uint8_t medium, uint8_t protocol)
+{
+    Channel channel;
+    channel.number = number;
+    channel.medium = medium;
+    channel.protocol = protocol;
+    return channel;
+}
+
+/// The controller that answers for the record's sensors, and the bus to it.
+void addOwner(BmcState& state, const Owner& owner)
+{
+    if (owner.isBmc() || owner.channel >= 0x0C)
+        return;
+    const auto isOwner = [&](const BmcState& one) {
+        return one.busChannel == owner.channel && one.address == owner.address;
+    };
+    const auto& all = state.satellites;
+    if (std::any_of(all.begin(), all.end(), isOwner))
+        return;
+    BmcState satellite;
+    satellite.busChannel = owner.channel;
+    satellite.address = owner.address;
+    satellite.identity = makeIdentity(sensorDevice);
+    state.satellites.push_back(std::move(satellite));
+    if (!state.channel(owner.channel))
+        state.channels.push_back(
+            makeChannel(owner.channel, ipmb, ipmbProtocol));
+}
+
+std::string rest(size_t at, size_t left, size_t wanted)
+{
+    return "byte " + std::to_string(at) + ": " + std::to_string(left) +
+           " bytes are left of a record of " + std::to_string(wanted);
+}
+
+/// Empty, with the mistake, when the record does not end within the dump.
+Bytes takeRecord(const Bytes& dump, size_t at, Mistakes& mistakes)
+{
+    const size_t left = dump.size() - at;
+    const size_t size =
+        left < sdr::header ? sdr::header : sdr::header + dump[at + 4];
+    if (size > left) {
+        mistakes.push_back({"", rest(at, left, size)});
+        return {};
+    }
+    const auto begin = dump.begin() + std::ptrdiff_t(at);
+    return {begin, begin + std::ptrdiff_t(size)};
+}
+
+} // namespace
+
+std::optional<Profile> importSdr(const Bytes& dump, Mistakes& mistakes)
+{
+    Profile profile;
+    BmcState& state = profile.state;
+    state.identity = makeIdentity(sensorDevice | sdrRepository);
+    state.messaging.emplace();
+    state.channels = {makeChannel(0, ipmb, ipmbProtocol),
+                      makeChannel(systemInterface, systemInterfaceMedium, kcs)};
+    state.repository.emplace();
+    for (size_t at = 0; at < dump.size();) {
+        SdrRecord record;
+        record.bytes = takeRecord(dump, at, mistakes);
+        if (record.bytes.empty())
+            return std::nullopt;
+        record.id = uint16_t(record.bytes[0] | record.bytes[1] << 8);
+        record.sensors = sensorsOf(record.bytes);
+        if (!record.sensors.empty())
+            addOwner(state, ownerOf(record.bytes));
+        at += record.bytes.size();
+        state.repository->records.push_back(std::move(record));
+    }
+    if (state.repository->records.empty()) {
+        mistakes.push_back({"", "no record in it"});
+        return std::nullopt;
+    }
+    return profile;
+}
+
+} // namespace Sim

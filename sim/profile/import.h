@@ -1,0 +1,18 @@
+/// Profiles made of what was read from a real controller.
+#ifndef VEK_SIM_PROFILE_IMPORT_H
+#define VEK_SIM_PROFILE_IMPORT_H
+
+#include "sim/profile/profile.h"
+
+namespace Sim
+{
+
+/// A controller with the records of a dump, one after the other and with
+/// their headers, as "ipmitool sdr dump" writes them; sensors read what their
+/// records call nominal. No value, with the mistake, when it ends within a
+/// record or holds none.
+std::optional<Profile> importSdr(const Bytes& dump, Mistakes& mistakes);
+
+} // namespace Sim
+
+#endif
