@@ -8,8 +8,6 @@
 #include <vek-ipmi/IpmiCommandLine.h>
 #include <vek-ipmi/IpmiIfc.h>
 
-#include "tools/patience.h"
-
 namespace Tool
 {
 
@@ -84,10 +82,10 @@ bool Device::marked() const
     return fcntl(fd_, F_GETFD) == (newFlags_ ^ FD_CLOEXEC);
 }
 
-Completion Device::ask(const std::function<int()>& operation)
+Completion Device::ask(const std::function<int()>& operation, WaitText text)
 {
     mark();
-    const Patience patience;
+    const Patience patience{std::move(text)};
     const int code = operation();
     return {static_cast<uint8_t>(code), code != noAnswer || marked()};
 }

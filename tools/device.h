@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "tools/collect/completion.h"
+#include "tools/patience.h"
 #include "tools/print/text.h"
 
 namespace Tool
@@ -29,7 +30,7 @@ public:
 
     /// Runs an operation of the library that returns a completion code, and
     /// tells FFh of the controller's own from the library's "no answer".
-    Completion ask(const std::function<int()>& operation);
+    Completion ask(const std::function<int()>& operation, WaitText text = {});
 
     Answer exchange(Command command, Bytes data);
 

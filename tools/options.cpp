@@ -31,6 +31,11 @@ void addGlobalOptions(CLI::App& app, Options& options)
 
 } // namespace
 
+void addNotes(CLI::App& subcommand, const std::string& text)
+{
+    subcommand.footer(text + "\n\n" + footer);
+}
+
 bool parse(int argc, char** argv, Options& options, Run& run, Status& status)
 {
     CLI::App app{"Asks a server's management controller through the Linux "
@@ -44,6 +49,9 @@ bool parse(int argc, char** argv, Options& options, Run& run, Status& status)
     addRaw(app, run);
     addIdentify(app, run);
     addOs(app, run);
+    addSensors(app, run);
+    addSensor(app, run);
+    addSdr(app, run);
     app.require_subcommand(1);
     try {
         app.parse(argc, argv);

@@ -7,7 +7,7 @@
 namespace Tool
 {
 
-Patience::Patience()
+Patience::Patience(WaitText text) : text_{std::move(text)}
 {
     if (isatty(STDERR_FILENO))
         thread_ = std::thread{&Patience::watch, this};
@@ -27,16 +27,20 @@ Patience::~Patience()
 
 void Patience::watch()
 {
-    constexpr std::chrono::seconds grace{1};
+    using namespace std::chrono_literals;
     constexpr char clearLine[] = "\r\033[K";
     const auto isOver = [this] {
         return over_;
     };
     std::unique_lock lock{mutex_};
-    if (wake_.wait_for(lock, grace, isOver))
+    if (wake_.wait_for(lock, text_ ? 300ms : 1000ms, isOver))
         return;
-    std::cerr << "waiting for the controller (30 s at most) ..." << std::flush;
-    wake_.wait(lock, isOver);
+    do
+        std::cerr << clearLine
+                  << (text_ ? text_()
+                            : "waiting for the controller (30 s at most) ...")
+                  << std::flush;
+    while (!wake_.wait_for(lock, 200ms, isOver));
     std::cerr << clearLine << std::flush;
 }
 

@@ -3,18 +3,25 @@
 #define VEK_TOOLS_PATIENCE_H
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
+#include <string>
 #include <thread>
 
 namespace Tool
 {
 
-/// From one second after its construction until its end, standard error says
-/// that the program waits. Says nothing when that is no terminal.
+/// What a wait says of itself; called on a thread of its own.
+using WaitText = std::function<std::string()>;
+
+/// From some time after its construction until its end, standard error says
+/// what the program waits for. Says nothing when that is no terminal.
 class Patience
 {
 public:
-    Patience();
+    /// @param text asked again and again; without it one that never changes,
+    ///     for a single exchange.
+    explicit Patience(WaitText text = {});
     ~Patience();
     Patience(const Patience&) = delete;
     Patience& operator=(const Patience&) = delete;
@@ -22,6 +29,7 @@ public:
 private:
     void watch();
 
+    WaitText text_;
     std::mutex mutex_;
     std::condition_variable wake_;
     bool over_ = false;

@@ -20,7 +20,16 @@ namespace commands
 {
 constexpr Command chassisIdentify = {0x00, 0x04}, getDeviceId = {0x06, 0x01},
                   getSelfTestResults = {0x06, 0x04},
-                  setSystemInfo = {0x06, 0x58}, getSystemInfo = {0x06, 0x59};
+                  setSystemInfo = {0x06, 0x58}, getSystemInfo = {0x06, 0x59},
+                  setSensorHysteresis = {0x04, 0x24},
+                  getSensorHysteresis = {0x04, 0x25},
+                  setSensorThresholds = {0x04, 0x26},
+                  getSensorThresholds = {0x04, 0x27},
+                  setSensorEventEnable = {0x04, 0x28},
+                  getSensorEventEnable = {0x04, 0x29},
+                  rearmSensorEvents = {0x04, 0x2A},
+                  getSensorReading = {0x04, 0x2D},
+                  getSdrRepositoryInfo = {0x0A, 0x20};
 } // namespace commands
 
 struct Completion

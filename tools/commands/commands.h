@@ -17,6 +17,12 @@ void addInfo(CLI::App& app, Run& run);
 void addRaw(CLI::App& app, Run& run);
 void addIdentify(CLI::App& app, Run& run);
 void addOs(CLI::App& app, Run& run);
+void addSensors(CLI::App& app, Run& run);
+void addSensor(CLI::App& app, Run& run);
+void addSdr(CLI::App& app, Run& run);
+
+/// Puts a text below a subcommand's options, before what all of them share.
+void addNotes(CLI::App& subcommand, const std::string& text);
 
 } // namespace Tool
 

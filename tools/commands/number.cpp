@@ -19,6 +19,8 @@ bool read(std::string_view digits, int base, uint8_t& value)
     return result.ec == std::errc{} && result.ptr == end;
 }
 
+} // namespace
+
 bool readByte(std::string_view text, uint8_t& value)
 {
     const std::string_view prefix = text.substr(0, 2);
@@ -28,8 +30,6 @@ bool readByte(std::string_view text, uint8_t& value)
     return read(text, 10, value) &&
            (text[0] != '0' || (read(text, 8, octal) && octal == value));
 }
-
-} // namespace
 
 uint8_t toByte(const std::string& what, const std::string& text)
 {

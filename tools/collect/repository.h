@@ -1,0 +1,39 @@
+/// Reading the controller's sensor data repository (IPMI v2.0, section 33).
+#ifndef VEK_TOOLS_COLLECT_REPOSITORY_H
+#define VEK_TOOLS_COLLECT_REPOSITORY_H
+
+#include <string>
+
+#include <vek-ipmi/IpmiSdrRecord.h>
+
+#include "tools/device.h"
+
+namespace Tool
+{
+
+struct Repository
+{
+    unsigned total = 0;   ///< Records, as the controller says.
+    unsigned headers = 0; ///< Found when walking from record to record.
+    unsigned failed = 0;  ///< Records of those that could not be read.
+
+    unsigned missing() const
+    {
+        return failed + (total > headers ? total - headers : 0);
+    }
+};
+
+/// Reads all records, once, and with them the sensors' first readings,
+/// thresholds and hysteresis.
+/// @throws Failure when the controller has no repository that can be read.
+Repository readRepository(Device& device);
+
+/// What the node has read so far.
+Repository repositorySoFar();
+
+/// "reading sensor records: 12 of 92"; for showing it to people.
+std::string progressText();
+
+} // namespace Tool
+
+#endif

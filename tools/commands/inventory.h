@@ -1,0 +1,27 @@
+/// What most subcommands about sensors begin with.
+#ifndef VEK_TOOLS_COMMANDS_INVENTORY_H
+#define VEK_TOOLS_COMMANDS_INVENTORY_H
+
+#include "tools/collect/repository.h"
+#include "tools/collect/sensor.h"
+
+namespace Tool
+{
+
+struct Inventory
+{
+    Repository repository;
+    std::vector<Sensor> sensors;
+};
+
+/// Reads the repository, once, with the sensors.
+/// @throws Failure without a repository.
+Inventory readInventory(Device& device);
+
+/// One complaint when records are missing; done when there are none, else
+/// failed.
+Status complainOfMissing(const Repository& repository);
+
+} // namespace Tool
+
+#endif

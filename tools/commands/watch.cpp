@@ -1,0 +1,176 @@
+#include "tools/commands/watch.h"
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <exception>
+#include <pthread.h>
+#include <thread>
+#include <unistd.h>
+
+#include <vek-ipmi/IpmiCommandLine.h>
+#include <vek-ipmi/IpmiIfc.h>
+
+#include "tools/collect/health_source.h"
+#include "tools/collect/repository.h"
+#include "tools/device.h"
+#include "tools/print/output.h"
+#include "tools/print/screen.h"
+
+namespace Tool
+{
+
+namespace
+{
+
+using Ipmi::IpmiIfc;
+
+void checkDevice()
+{
+    if (getuid() != 0)
+        throw Failure{Status::noDevice, "no permission to run the node",
+                      "--watch needs the real user id of root; without it, "
+                      "run the command again and again."};
+    if (Ipmi::IpmiIfcOpenIpmiOpen(0) < 0)
+        throw openFailure(errno, true);
+    Ipmi::IpmiIfcOpenIpmiClose(0);
+}
+
+// The signals that end it, for all threads that are started from here on.
+class Signals
+{
+public:
+    Signals()
+    {
+        sigemptyset(&set_);
+        sigaddset(&set_, SIGINT);
+        sigaddset(&set_, SIGTERM);
+        pthread_sigmask(SIG_BLOCK, &set_, nullptr);
+    }
+    void wait() const
+    {
+        int signal = 0;
+        sigwait(&set_, &signal);
+    }
+    static void raise() { kill(getpid(), SIGTERM); }
+
+private:
+    sigset_t set_;
+};
+
+// The node on a thread of its own, which also reads the sensors.
+class Node
+{
+public:
+    Node()
+        : thread_{[] {
+              run();
+          }}
+    {}
+    ~Node()
+    {
+        IpmiIfc::stop(0);
+        thread_.join();
+    }
+    Node(const Node&) = delete;
+    Node& operator=(const Node&) = delete;
+
+    static bool isRunning()
+    {
+        return IpmiIfc::waitState(0, IpmiIfc::STATE_RUNNING |
+                                         IpmiIfc::STATE_STOPPED) ==
+               IpmiIfc::STATE_RUNNING;
+    }
+
+private:
+    // What it throws it has logged, and the state says that it stopped.
+    static void run()
+    {
+        try {
+            IpmiIfc::start(0, 0);
+        } catch (const CmpiStatus&) {
+        }
+    }
+
+    std::thread thread_;
+};
+
+// Asks for polls and shows what came of them. pollAll takes two seconds at
+// least, which sets the pace.
+class Poller
+{
+public:
+    Poller(const std::function<std::string()>& draw, Screen& screen)
+        : draw_{draw}, screen_{screen}, thread_{[this] {
+              run();
+          }}
+    {}
+    ~Poller()
+    {
+        if (thread_.joinable())
+            thread_.join();
+    }
+    Poller(const Poller&) = delete;
+    Poller& operator=(const Poller&) = delete;
+
+    // Ends with the poll that is under way.
+    void askToEnd() { __atomic_store_n(&over_, true, __ATOMIC_RELAXED); }
+
+    void end()
+    {
+        thread_.join();
+        if (failure_)
+            std::rethrow_exception(failure_);
+    }
+
+private:
+    bool isOver() const { return __atomic_load_n(&over_, __ATOMIC_RELAXED); }
+
+    void poll(IpmiIfc::IPMI_POLL_TYPE type, bool serial, WaitText text)
+    {
+        const Patience patience{std::move(text)};
+        IpmiIfc::pollAll(1, serial, type, &over_);
+    }
+
+    void run()
+    {
+        try {
+            poll(IpmiIfc::POLL_FULL, true, progressText);
+            while (!isOver()) {
+                screen_.put(draw_());
+                IpmiIfc::pollAll(1, false, IpmiIfc::POLL_READINGS, &over_);
+            }
+        } catch (...) {
+            failure_ = std::current_exception();
+            Signals::raise();
+        }
+    }
+
+    const std::function<std::string()>& draw_;
+    Screen& screen_;
+    bool over_ = false; ///< As pollAll takes it; only by the atomics above.
+    std::exception_ptr failure_;
+    std::thread thread_;
+};
+
+} // namespace
+
+Status watch(const std::function<std::string()>& draw, bool inPlace)
+{
+    checkDevice();
+    loadHealthTable();
+    const Signals signals;
+    Screen screen{inPlace};
+    Node node;
+    if (!Node::isRunning())
+        throw Failure{Status::failed, "the node did not start",
+                      "--verbose says more."};
+    Poller poller{draw, screen};
+    signals.wait();
+    poller.askToEnd();
+    screen.restore();
+    poller.end();
+    return Status::done;
+}
+
+} // namespace Tool
