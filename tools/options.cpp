@@ -51,6 +51,9 @@ bool parse(int argc, char** argv, Options& options, Run& run, Status& status)
     addOs(app, run);
     addSensors(app, run);
     addSensor(app, run);
+    addThreshold(app, run);
+    addHysteresis(app, run);
+    addEvents(app, run);
     addSdr(app, run);
     app.require_subcommand(1);
     try {

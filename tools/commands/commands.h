@@ -19,6 +19,9 @@ void addIdentify(CLI::App& app, Run& run);
 void addOs(CLI::App& app, Run& run);
 void addSensors(CLI::App& app, Run& run);
 void addSensor(CLI::App& app, Run& run);
+void addThreshold(CLI::App& app, Run& run);
+void addHysteresis(CLI::App& app, Run& run);
+void addEvents(CLI::App& app, Run& run);
 void addSdr(CLI::App& app, Run& run);
 
 /// Puts a text below a subcommand's options, before what all of them share.
