@@ -53,6 +53,18 @@ Status runGuarded(const Options& options, const Run& run, char** argv)
     return Status::failed;
 }
 
+Status runProgram(const Options& options, const Run& run, char** argv)
+{
+    bool failed = true;
+    const Run noted = [&](const Options& given) {
+        const Status status = run(given);
+        failed = false;
+        return status;
+    };
+    const Status status = runGuarded(options, noted, argv);
+    return failed && options.monitoring ? monitoringUnknown : status;
+}
+
 } // namespace
 
 } // namespace Tool
@@ -64,6 +76,6 @@ int main(int argc, char** argv)
     Tool::Run run;
     Tool::Status status = Tool::Status::done;
     if (Tool::parse(argc, argv, options, run, status))
-        status = Tool::runGuarded(options, run, argv);
+        status = Tool::runProgram(options, run, argv);
     return static_cast<int>(status);
 }

@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 
 #include <iostream>
+#include <string_view>
 
 #include "tools/commands/commands.h"
+#include "tools/print/health.h"
 
 namespace Tool
 {
@@ -27,6 +29,30 @@ void addGlobalOptions(CLI::App& app, Options& options)
     app.add_flag("--simulate{}", options.profile,
                  "Ask a simulated controller instead of the real one; "
                  "--simulate=PROFILE chooses which");
+}
+
+// A monitoring plug-in says "unknown" of a mistake on its command line, which
+// may keep the rest from being understood.
+bool isMonitoring(int argc, char** argv)
+{
+    int i = 1;
+    while (i < argc && argv[i][0] == '-')
+        ++i;
+    return i < argc && std::string_view{argv[i]} == "health";
+}
+
+Status statusOf(const CLI::App& app, const CLI::ParseError& error,
+                bool monitoring)
+{
+    const bool asked = app.exit(error) == 0; // for help or the version
+    if (monitoring && !asked)
+        std::cout << unknownLine("mistake on the command line");
+    const bool written = static_cast<bool>(std::cout.flush());
+    if (asked && written)
+        return Status::done;
+    return monitoring ? monitoringUnknown
+           : asked    ? Status::failed
+                      : Status::usage;
 }
 
 } // namespace
@@ -55,15 +81,15 @@ bool parse(int argc, char** argv, Options& options, Run& run, Status& status)
     addHysteresis(app, run);
     addEvents(app, run);
     addSdr(app, run);
+    addHealth(app, run);
     app.require_subcommand(1);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        status = app.exit(error) == 0 ? Status::done : Status::usage;
-        if (!std::cout.flush())
-            status = Status::failed;
+        status = statusOf(app, error, isMonitoring(argc, argv));
         return false;
     }
+    options.monitoring = app.got_subcommand("health");
     options.simulate = app.count("--simulate") != 0;
     return true;
 }

@@ -17,6 +17,8 @@ struct Options
     bool verbose = false;
     bool simulate = false;
     std::string profile; ///< Empty: the simulated controller's own.
+    /// A subcommand with the statuses of monitoring plug-ins.
+    bool monitoring = false;
 };
 
 /// What the subcommand on the command line does.

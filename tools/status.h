@@ -17,6 +17,10 @@ enum class Status
     failed = 4    ///< Anything else, or a partial result.
 };
 
+/// Subcommands with the statuses of monitoring plug-ins give this one for
+/// every failure.
+constexpr Status monitoringUnknown{3};
+
 /// Thrown to end the program: what is wrong, and what to do next (a line
 /// each; the second may be empty).
 struct Failure

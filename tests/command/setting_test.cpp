@@ -1,4 +1,4 @@
-// vek-ipmi threshold, hysteresis and events
+// vek-ipmi threshold, hysteresis, events and health
 #include <gtest/gtest.h>
 
 #include "tests/command/program.h"
@@ -111,6 +111,36 @@ TEST(Events, areShownSwitchedAndRearmed)
         {"nobody's", "$tool events", 1, "", "SENSOR is required"},
         {"two sensors", "$tool events set A B --messages on", 1, "", "."},
         {"a satellite's", "$sim -- $tool events 'HSBP Temp'", 1, "", "72h"},
+    });
+}
+
+TEST(Health, hasTheStatusesOfMonitoringPlugins)
+{
+    const char usage[] = "VEK-IPMI UNKNOWN - mistake on the command line\n";
+    check({
+        {"critical", "$sim -- $tool health", 2, "@health.txt",
+         "packaged one is used"},
+        {"well", "$sim --profile moving -- $tool health", 0,
+         "VEK-IPMI WELL - none of 5 sensors is unwell\n", "note: "},
+        {"as JSON", "$sim -- $tool health --json | head -n 40", 0,
+         "@health.json", "note: "},
+        {"unknown",
+         "$sim --fault netfn=0a,cmd=20,cc=c1 -- $tool health | cut "
+         "-c 1-20; $sim --profile minimal -- $tool health >&2",
+         3, "VEK-IPMI UNKNOWN - t\n", "VEK-IPMI UNKNOWN"},
+        {"usage", "$tool health --bogus", 3, usage, "--bogus"},
+        {"usage before it", "$tool --bogus health", 3, usage, "--bogus"},
+        {"output lost", "$sim -- $tool health >/dev/full", 3, "", "No space"},
+        {"a table without a mistake",
+         "$tool health --check $(dirname "
+         "$sim)/../../../packaging/sensor_health "
+         "| tail -n 1",
+         0, "316 rules, 0 problems\n", ""},
+        {"a broken table",
+         "echo '3, x, 1: 5' | $tool health --check "
+         "/dev/stdin >/dev/null",
+         3, "", ""},
+        {"no table", "$tool health --check /none", 3, "", "cannot read /none"},
     });
 }
 
