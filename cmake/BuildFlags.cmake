@@ -23,7 +23,8 @@ if(VEK_IPMI_SANITIZE)
   target_link_options(vek-build-flags INTERFACE
     -fsanitize=${VEK_IPMI_SANITIZE}
     # A preloaded library needs the runtime that its host process has.
-    $<$<CXX_COMPILER_ID:Clang>:-shared-libsan>)
+    # libFuzzer brings it along statically.
+    $<$<AND:$<CXX_COMPILER_ID:Clang>,$<NOT:$<BOOL:${VEK_IPMI_FUZZ}>>>:-shared-libsan>)
 else()
   # _FORTIFY_SOURCE needs an optimising build, and hides from sanitizers
   # the calls that it wraps.

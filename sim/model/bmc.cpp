@@ -104,6 +104,8 @@ Bmc::Bmc(BmcState state)
 
 std::optional<Bytes> Bmc::answer(const Request& request)
 {
+    if (script_)
+        return script_(request);
     if (request.channel == systemInterface)
         return answerHere(request);
     Bmc* other = reach(request.channel, request.slaveAddress);

@@ -79,6 +79,10 @@ public:
     /// Itself, or one of the satellites. Null when nobody is there.
     Bmc* reach(uint8_t channel, uint8_t address);
 
+    /// A test's hook: answers every request instead of the model.
+    using Script = std::function<std::optional<Bytes>(const Request&)>;
+    void answerBy(Script script) { script_ = std::move(script); }
+
     /// A test's hook: an event message of 16 bytes for the event buffer.
     void queueEvent(Bytes event);
     /// The event that has waited longest, if one waits.
@@ -101,6 +105,7 @@ private:
     std::vector<Bmc> satellites_;
     Clock clock_;
     Bridge bridge_;
+    Script script_;
     int64_t started_ = 0;
     uint8_t lun_ = 0;
 };
