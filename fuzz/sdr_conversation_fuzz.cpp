@@ -78,7 +78,7 @@ void forget()
     IpmiIfcSdrCleanUpAll(0);
     IpmiNode& node = g_IpmiNode[0];
     VEK::WriteLock lock{node.sdrLock};
-    node.sensors.clear();
+    node.sensors->clear();
     node.sdrInfo = {};
     node.sdrHeaderCount = 0;
     std::fill_n(node.sdrReservation, 3, uint8_t{0});

@@ -49,7 +49,7 @@ std::string DescFromState(unsigned char eventReadingType,
     const uint8_t eventClass =
         specific ? EventText::sensorSpecific : EventText::generic;
     const uint8_t type = specific ? sensorType : eventReadingType;
-    const EventText* row = findRow(eventTexts, eventClass, type, offset);
+    const EventText* row = findRow(ipmi_sel_data, eventClass, type, offset);
     if (!row)
         row = findRow(laterStates, eventClass, type, offset);
     const std::string text = row ? withoutDetail(*row) : "";

@@ -71,7 +71,7 @@ constexpr char sessionAudit[] = "Session Audit";
 
 } // namespace
 
-constexpr std::array<EventText, eventTextCount> eventTexts{{
+constexpr std::array<EventText, eventTextCount> ipmi_sel_data{{
     {1, 0x01, 0x00, any, threshold, "Lower Non-critical going low "},
     {1, 0x01, 0x01, any, threshold, "Lower Non-critical going high"},
     {1, 0x01, 0x02, any, threshold, "Lower Critical going low "},
@@ -593,9 +593,9 @@ constexpr bool countsHold()
     for (const Count& count : counts)
         for (size_t i = 0; i < count.rows; ++i, ++at)
             if (at >= eventTextCount ||
-                eventTexts[at].eventClass != count.eventClass ||
-                eventTexts[at].type != count.type ||
-                eventTexts[at].name != count.name)
+                ipmi_sel_data[at].eventClass != count.eventClass ||
+                ipmi_sel_data[at].type != count.type ||
+                ipmi_sel_data[at].name != count.name)
                 return false;
     return at == eventTextCount;
 }
@@ -603,12 +603,12 @@ constexpr bool countsHold()
 constexpr size_t rowsOfClass(unsigned eventClass)
 {
     size_t rows = 0;
-    for (const EventText& row : eventTexts)
+    for (const EventText& row : ipmi_sel_data)
         rows += row.eventClass == eventClass;
     return rows;
 }
 
-static_assert(ascending(eventTexts) && ascending(laterStates));
+static_assert(ascending(ipmi_sel_data) && ascending(laterStates));
 static_assert(countsHold());
 static_assert(rowsOfClass(EventText::generic) == 61);
 static_assert(rowsOfClass(EventText::sensorSpecific) == 291);

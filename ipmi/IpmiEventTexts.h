@@ -33,7 +33,7 @@ constexpr size_t eventTextCount = 352;
 constexpr size_t laterStateCount = 16;
 
 /// In ascending order of their codes, both.
-extern const std::array<EventText, eventTextCount> eventTexts;
+extern const std::array<EventText, eventTextCount> ipmi_sel_data;
 extern const std::array<EventText, laterStateCount> laterStates;
 
 } // namespace Ipmi

@@ -33,7 +33,7 @@ Response send(IpmiNode& node, uint8_t command)
     request.msgid = node.msgSeq++;
     request.netfn = storage;
     request.cmd = command;
-    return Response{IpmiIfcSend(node.nodeNum, &request, 0)};
+    return Response{IpmiIfcSend(numberOf(node), &request, 0)};
 }
 
 // Whether the answer can be kept; says why not.
@@ -79,7 +79,7 @@ bool isAccepted(uint8_t version)
 
 bool hasReservation(IpmiNode& node)
 {
-    VEK::ReadLock lock{node.sdrLock};
+    VEK::WriteLock lock{node.sdrLock};
     return reservationOf(node) != 0;
 }
 
@@ -230,7 +230,7 @@ void SdrReader::setPart(uint16_t recordId, uint8_t offset, uint8_t size)
     data_[5] = size;
 }
 
-uint8_t SdrReader::exchange()
+int SdrReader::exchange()
 {
     IpmiNode& node = g_IpmiNode[node_];
     ipmiifc_req request{};
@@ -243,7 +243,7 @@ uint8_t SdrReader::exchange()
         IpmiIfcSendWresponse(node_, &request, 0, answer_.get());
     if (!resp) {
         answer_.reset();
-        return noAnswer;
+        return -1;
     }
     if (resp != answer_.get())
         answer_.reset(resp);

@@ -41,11 +41,21 @@ inline RecordView viewOf(const ipmiifc_sdr_list& entry)
 
 constexpr int sdrHeaderSize = 5;
 
-/// Serialises whole refreshes, of all nodes.
+/// Held during a whole refresh, of whichever node.
 extern VEK::Mutex sdr_mutex;
 
 /// Null for a number without a record.
 IpmiNode* nodeRecord(int node);
+
+/// Its index in the table.
+inline int numberOf(const IpmiNode& node)
+{
+    return int(&node - g_IpmiNode);
+}
+
+/// Frees headers and lists.
+void freeRecords(IpmiNode& node) VEK_REQUIRES(node.sdrLock);
+void freeHeaders(IpmiNode& node) VEK_REQUIRES(node.sdrLock);
 
 /// Handler of Get SDR Repository Info: reads everything again.
 int IpmiIfcRhGetSdrInfo(ipmiifc_resp* resp);
@@ -58,7 +68,8 @@ int IpmiIfcSdrReadRecordId(int node, unsigned short recordId,
                            unsigned char* buffer, unsigned char size);
 int IpmiIfcSdrReadAll(int node);
 /// Files an entry, which the list then owns, and the copies of a shared
-/// record; the caller holds the lock.
+/// record; the caller holds the lock, and keeps the entry of a node without a
+/// record.
 int IpmiIfcSdrListAdd(int node, ipmiifc_sdr_list* entry);
 void IpmiIfcSdrCleanUpHeaders(int node);
 int IpmiIfcSdrCleanUpAll(int node);
@@ -79,8 +90,8 @@ public:
 
     void setReservation(uint16_t reservationId);
     void setPart(uint16_t recordId, uint8_t offset, uint8_t size);
-    /// Completion code, or noAnswer.
-    uint8_t exchange();
+    /// Completion code; below 0 without a response.
+    int exchange();
     /// The answer's bytes, completion code first; only after an exchange that
     /// was answered.
     RecordView answer() const { return viewOf(*answer_); }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <syslog.h>
 
 #include "ipmi/IpmiSensorRecord.h"
@@ -47,7 +48,7 @@ Response askOwner(IpmiNode& node, RecordView record, uint8_t command)
     TargetUse owner{record.u8(at::owner), uint8_t(where >> 4),
                     uint8_t(where & 3), TargetUse::Restore::addressOnly};
     request.msgid = node.msgSeq++;
-    return Response{IpmiIfcSend(node.nodeNum, &request, 0)};
+    return Response{IpmiIfcSend(numberOf(node), &request, 0)};
 }
 
 bool isQuiet(uint8_t code)
@@ -207,15 +208,15 @@ std::shared_ptr<IpmiSensor> build(IpmiNode& node, const ipmiifc_sdr_list& entry,
     const int length = entry.totalLength;
     if (kind == SensorKind::threshold)
         return std::make_shared<IpmiThresholdSensor>(length, entry.bytes.get(),
-                                                     node.nodeNum);
+                                                     numberOf(node));
     return std::make_shared<IpmiDiscreteSensor>(length, entry.bytes.get(),
-                                                node.nodeNum);
+                                                numberOf(node));
 }
 
 void readFirst(IpmiNode& node, ipmiifc_sdr_list& entry, IpmiSensor& sensor)
 {
     ipmiifc_sensor_reading_list request{nullptr, &entry, {}};
-    const int result = IpmiIfcSensorGetReading(node.nodeNum, &request);
+    const int result = IpmiIfcSensorGetReading(numberOf(node), &request);
     sensor.noteResult(result);
     if (result == 0)
         sensor.setReading(request.data);
@@ -235,26 +236,27 @@ void discover(IpmiNode& node, ipmiifc_sdr_list& entry)
     }
     const std::shared_ptr<IpmiSensor> sensor = build(node, entry, kind);
     if (kind == SensorKind::threshold)
-        IpmiIfcSensorGetThresholds(node.nodeNum, &entry, sensor);
+        IpmiIfcSensorGetThresholds(numberOf(node), &entry, sensor);
     if (kind != SensorKind::unlisted)
-        node.sensors.push_back(sensor);
+        node.sensors->push_back(sensor);
     if (entry.recordType != eventOnlyRecord)
         readFirst(node, entry, *sensor);
 }
 
-// A record that no sensor can be made of (longer than 64 bytes) leaves the
-// others alone.
+// A record that no sensor can be made of leaves the others alone.
 void discoverGuarded(IpmiNode& node, ipmiifc_sdr_list& entry)
     VEK_REQUIRES(node.sdrLock)
 {
     try {
         discover(node, entry);
-    } catch (const CmpiStatus&) {
-        syslog(LOG_WARNING,
-               "IpmiIfcSensorInstantiateAll: no sensor made of record 0x%x, "
-               "%u bytes",
-               entry.recordId, entry.totalLength);
+        return;
+    } catch (const CmpiStatus&) { // too long
+    } catch (const std::bad_alloc&) {
     }
+    syslog(LOG_WARNING,
+           "IpmiIfcSensorInstantiateAll: no sensor made of record 0x%x, %u "
+           "bytes",
+           entry.recordId, entry.totalLength);
 }
 
 } // namespace
@@ -267,7 +269,7 @@ int IpmiIfcSensorInstantiateAll(int number)
         return -1;
     IpmiNode& node = *record;
     VEK::WriteLock lock{node.sdrLock};
-    node.sensors.clear();
+    node.sensors->clear();
     node.memoryEventsFlag = false;
     for (const IpmiSdrClass list : {SDR_FULL, SDR_COMPACT, SDR_EVENT_ONLY})
         for (ipmiifc_sdr_list* entry = node.sdrLists[list]; entry;
@@ -320,7 +322,7 @@ Refresh refreshReading(IpmiNode& node, ipmiifc_sdr_list& entry,
         return Refresh::passedOver;
     }
     ipmiifc_sensor_reading_list request{nullptr, &entry, {}};
-    const int result = IpmiIfcSensorGetReading(node.nodeNum, &request);
+    const int result = IpmiIfcSensorGetReading(numberOf(node), &request);
     sensor.noteResult(result);
     if (hasSoftwareOwner(viewOf(entry)))
         return Refresh::done;
@@ -363,7 +365,7 @@ bool refresh(IpmiNode& node, const std::shared_ptr<IpmiSensor>& sensor)
             break;
         }
     if (hasThresholds(record))
-        IpmiIfcSensorGetThresholds(node.nodeNum, &borrowed.entry, sensor);
+        IpmiIfcSensorGetThresholds(numberOf(node), &borrowed.entry, sensor);
     return true;
 }
 
@@ -388,7 +390,7 @@ std::vector<std::shared_ptr<IpmiSensor>> IpmiIfc::getSensors(int number)
     if (!node)
         return {};
     VEK::ReadLock lock{node->sdrLock};
-    return node->sensors;
+    return *node->sensors;
 }
 
 std::vector<std::shared_ptr<IpmiSensor>> IpmiIfc::getSensors()
@@ -403,12 +405,13 @@ std::shared_ptr<IpmiSensor> IpmiIfc::getSensor(int number, unsigned sensor,
     if (!node)
         return nullptr;
     VEK::ReadLock lock{node->sdrLock};
-    const auto found = std::find_if(
-        node->sensors.begin(), node->sensors.end(), [&](const auto& candidate) {
-            return candidate->getSensorNumber() == sensor &&
-                   candidate->getOwnerId() == (owner & 0xff);
-        });
-    return found == node->sensors.end() ? nullptr : *found;
+    const auto found =
+        std::find_if(node->sensors->begin(), node->sensors->end(),
+                     [&](const auto& candidate) {
+                         return candidate->getSensorNumber() == sensor &&
+                                candidate->getOwnerId() == (owner & 0xff);
+                     });
+    return found == node->sensors->end() ? nullptr : *found;
 }
 
 std::shared_ptr<IpmiSensor> IpmiIfc::getSensor(unsigned sensor, unsigned owner)

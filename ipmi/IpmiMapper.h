@@ -52,14 +52,15 @@ public:
                unsigned char statusBit, unsigned char sensorNumber,
                unsigned short stateBits);
 
+    /// Looks the sensor's rule up; construction does so.
+    void init();
+    bool isMatch(const HealthTableEntry& entry) const;
+    uint8_t GetSensorSpecificStatusBit() const;
     int getHealthState() const;
     int getHealthStateFromSensorHealthMap() const;
     int getDigitalDiscrete(unsigned short state) const;
 
 private:
-    void init();
-    bool isMatch(const HealthTableEntry& entry) const;
-    uint8_t GetSensorSpecificStatusBit() const;
     const HealthByStatusBit* rulesOfSensor() const;
 
     uint8_t sensorClass_;

@@ -1,4 +1,5 @@
-#include "ipmi/IpmiNode.h"
+#include "ipmi/IpmiIfcSdr.h"
+#include "ipmi/IpmiIfcSensor.h"
 
 #include <algorithm>
 #include <iterator>
@@ -10,6 +11,15 @@ namespace Ipmi
 {
 
 IpmiNode g_IpmiNode[NODE_COUNT];
+
+IpmiNode::~IpmiNode()
+{
+    if (!sdrLock.tryLockForWriting())
+        return;
+    freeRecords(*this);
+    *sensors = {};
+    sdrLock.unlock();
+}
 
 void SetLogLevel(LogLvl)
 {

@@ -1,7 +1,7 @@
 // The walk along the headers of a repository.
+#include <bitset>
 #include <new>
 #include <syslog.h>
-#include <vector>
 
 #include "ipmi/IpmiIfcSdr.h"
 
@@ -30,7 +30,8 @@ bool makeRoom(IpmiNode& node, uint32_t claimed) VEK_REQUIRES(node.sdrLock)
                        node.sdrHeaders && room <= node.sdrHeaderRoom;
     if (reuse)
         return true;
-    node.sdrHeaders.reset(new (std::nothrow) IpmiSdrHeader[room]);
+    freeHeaders(node);
+    node.sdrHeaders = new (std::nothrow) IpmiSdrHeader[room];
     node.sdrHeaderRoom = node.sdrHeaders ? room : 0;
     if (node.sdrHeaders)
         return true;
@@ -52,14 +53,14 @@ public:
     }
 
 private:
-    std::vector<bool> met_ = std::vector<bool>(0x10000);
+    std::bitset<0x10000> met_;
 };
 
 class Walk
 {
 public:
     explicit Walk(IpmiNode& node) VEK_REQUIRES(node.sdrLock)
-        : reader_{node.nodeNum, reservationOf(node)}
+        : reader_{numberOf(node), reservationOf(node)}
     {}
 
     /// False when a header used up its attempts.
@@ -69,7 +70,7 @@ public:
 private:
     bool readHeader(IpmiNode& node, uint16_t id) VEK_REQUIRES(node.sdrLock);
     void renewReservation(IpmiNode& node) VEK_REQUIRES(node.sdrLock);
-    void store(IpmiNode& node, uint16_t id) VEK_REQUIRES(node.sdrLock);
+    bool store(IpmiNode& node, uint16_t id) VEK_REQUIRES(node.sdrLock);
     bool isRepeated(uint16_t id, uint16_t next);
 
     SdrReader reader_;
@@ -83,9 +84,8 @@ bool Walk::run(IpmiNode& node, uint32_t claimed)
     uint16_t id = firstRecord;
     trail_.enter(id);
     for (;;) {
-        if (!readHeader(node, id))
+        if (!readHeader(node, id) || !store(node, id))
             return false;
-        store(node, id);
         const uint16_t next = reader_.answer().u16(1);
         // The first record is asked for as 0 and has an id of its own.
         if (id == firstRecord)
@@ -111,7 +111,7 @@ bool Walk::readHeader(IpmiNode& node, uint16_t id)
 {
     reader_.setPart(id, 0, sdrHeaderSize);
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        const uint8_t code = reader_.exchange();
+        const int code = reader_.exchange();
         if (code == 0)
             return true;
         if (code == reservationCanceled)
@@ -120,27 +120,31 @@ bool Walk::readHeader(IpmiNode& node, uint16_t id)
     return false;
 }
 
-// The wait is under the lock, so that readers do not take the old records for
-// the new ones; reserving takes the lock itself.
+// Reserving takes the lock itself.
 void Walk::renewReservation(IpmiNode& node)
 {
     sleepOutOfStep();
-    node.sdrLock.unlock();
-    IpmiIfcSdrReserve(node.nodeNum);
-    node.sdrLock.lockForWriting();
+    {
+        VEK::WriteUnlock unlocked{node.sdrLock};
+        IpmiIfcSdrReserve(numberOf(node));
+    }
     reader_.setReservation(reservationOf(node));
 }
 
 // Under the id that was asked for: the first record stays 0, which fetches it
-// again.
-void Walk::store(IpmiNode& node, uint16_t id)
+// again. False when the table is gone: the lock was released for a
+// reservation.
+bool Walk::store(IpmiNode& node, uint16_t id)
 {
+    if (!node.sdrHeaders || count_ >= node.sdrHeaderRoom)
+        return false;
     const RecordView answer = reader_.answer();
     IpmiSdrHeader header = decodeHeader(answer.part(3, sdrHeaderSize));
     header.recordId = id;
     node.sdrHeaders[count_] = header;
     ++count_;
     node.sdrWalked = count_;
+    return true;
 }
 
 } // namespace
@@ -167,14 +171,20 @@ int IpmiIfcSdrGetHeaders(int number)
     return 0;
 }
 
+void freeHeaders(IpmiNode& node)
+{
+    delete[] node.sdrHeaders;
+    node.sdrHeaders = nullptr;
+    node.sdrHeaderRoom = 0;
+}
+
 void IpmiIfcSdrCleanUpHeaders(int number)
 {
     IpmiNode* const node = nodeRecord(number);
     if (!node)
         return;
     VEK::WriteLock lock{node->sdrLock};
-    node->sdrHeaders.reset();
-    node->sdrHeaderRoom = 0;
+    freeHeaders(*node);
 }
 
 } // namespace Ipmi

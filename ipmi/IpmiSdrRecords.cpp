@@ -46,12 +46,12 @@ private:
 
     uint16_t reservation() const
     {
-        VEK::ReadLock lock{g_IpmiNode[node_].sdrLock};
+        VEK::WriteLock lock{g_IpmiNode[node_].sdrLock};
         return reservationOf(g_IpmiNode[node_]);
     }
     Attempt readChunk(unsigned at, unsigned size);
     Attempt tryOnce(unsigned at, unsigned size);
-    Attempt failed(uint8_t code);
+    Attempt failed(int code);
     bool lowerMaximum();
     void renewReservation();
 
@@ -94,7 +94,7 @@ RecordReader::Attempt RecordReader::readChunk(unsigned at, unsigned size)
 RecordReader::Attempt RecordReader::tryOnce(unsigned at, unsigned size)
 {
     constexpr unsigned ahead = 3; // completion code and next record's id
-    const uint8_t code = reader_.exchange();
+    const int code = reader_.exchange();
     if (code != 0)
         return failed(code);
     const int length = reader_.answerLength();
@@ -109,10 +109,11 @@ RecordReader::Attempt RecordReader::tryOnce(unsigned at, unsigned size)
     return Attempt::done;
 }
 
-RecordReader::Attempt RecordReader::failed(uint8_t code)
+RecordReader::Attempt RecordReader::failed(int code)
 {
+    constexpr int noResponse = -1;
     switch (code) {
-    case noAnswer:
+    case noResponse:
         return Attempt::again;
     case reservationCanceled:
         renewReservation();
@@ -262,12 +263,12 @@ int readAndFile(IpmiNode& node, IpmiSdrHeader header) VEK_REQUIRES(node.sdrLock)
         return logNoMemory();
     // The size in one byte, as everywhere: what is above 255 wraps.
     const auto total = static_cast<uint8_t>(size);
-    node.sdrLock.unlock();
-    const int failure = IpmiIfcSdrReadRecordId(node.nodeNum, header.recordId,
-                                               bytes.get(), total);
-    node.sdrLock.lockForWriting();
-    if (failure)
-        return 1;
+    {
+        VEK::WriteUnlock unlocked{node.sdrLock};
+        if (IpmiIfcSdrReadRecordId(numberOf(node), header.recordId, bytes.get(),
+                                   total))
+            return 1;
+    }
     Entry entry{new (std::nothrow) ipmiifc_sdr_list{
         nullptr, nullptr, header.recordId, header.recordType, total,
         std::move(bytes)}};
@@ -287,7 +288,19 @@ void freeList(ipmiifc_sdr_list*& head)
     }
 }
 
+void freeLists(IpmiNode& node) VEK_REQUIRES(node.sdrLock)
+{
+    for (ipmiifc_sdr_list*& head : node.sdrLists)
+        freeList(head);
+}
+
 } // namespace
+
+void freeRecords(IpmiNode& node)
+{
+    freeHeaders(node);
+    freeLists(node);
+}
 
 int IpmiIfcSdrReadRecordId(int node, unsigned short recordId,
                            unsigned char* buffer, unsigned char size)
@@ -314,7 +327,8 @@ int IpmiIfcSdrReadAll(int number)
         return -1;
     }
     // The table may be freed while the lock is released.
-    for (uint32_t i = 0; i < node.sdrHeaderCount && node.sdrHeaders; ++i) {
+    for (uint32_t i = 0; i < node.sdrHeaderCount && i < node.sdrHeaderRoom; ++i)
+    {
         const int result = readAndFile(node, node.sdrHeaders[i]);
         if (result < 0)
             return -1;
@@ -329,7 +343,8 @@ int IpmiIfcSdrReadAll(int number)
 int IpmiIfcSdrListAdd(int node,
                       ipmiifc_sdr_list* entry) VEK_NO_THREAD_SAFETY_ANALYSIS
 {
-    return fileEntry(g_IpmiNode[node], entry);
+    IpmiNode* const record = nodeRecord(node);
+    return record ? fileEntry(*record, entry) : -1;
 }
 
 int IpmiIfcSdrCleanUpAll(int number)
@@ -339,8 +354,7 @@ int IpmiIfcSdrCleanUpAll(int number)
         return -1;
     IpmiNode& node = *record;
     VEK::WriteLock lock{node.sdrLock};
-    for (ipmiifc_sdr_list*& head : node.sdrLists)
-        freeList(head);
+    freeLists(node);
     return 0;
 }
 

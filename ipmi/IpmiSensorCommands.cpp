@@ -4,6 +4,7 @@
 #include <vek-ipmi/IpmiSensor.h>
 
 #include "ipmi/IpmiSensorRecord.h"
+#include "ipmi/IpmiTransport.h"
 
 namespace Ipmi
 {
@@ -167,7 +168,8 @@ unsigned IpmiThresholdSensor::getHysteresis(unsigned char& positive,
 {
     if (fetch) {
         uint8_t request[2] = {number_, allOfThem};
-        uint8_t answer[3] = {};
+        // Room for more than the three bytes, which would be told by a code.
+        uint8_t answer[ipmiifc_resp::capacity] = {};
         const unsigned code =
             sendToSensor(getSensorHysteresis, request, sizeof request, answer,
                          sizeof answer);

@@ -1,4 +1,4 @@
-// Raw readings and real values (IPMI v2.0, 36.3 and 36.5).
+// Raw readings and real values (IPMI v2.0, 36.3).
 #include <algorithm>
 #include <cmath>
 #include <syslog.h>

@@ -129,6 +129,7 @@ std::string trimmed(std::string text)
 // record's last field, so that what follows tells which it was.
 std::string decodeIdString(RecordView record, size_t at)
 {
+    constexpr auto all = std::string::npos;
     const unsigned typeLength = record.u8(at);
     const unsigned encoding = typeLength >> 6;
     const size_t count = typeLength & 0x1f;
@@ -140,7 +141,8 @@ std::string decodeIdString(RecordView record, size_t at)
     case unicode:
         return trimmed(decodeUnicode(bytes, !countsBytes));
     case bcdPlus:
-        return trimmed(decodeBcdPlus(bytes));
+        return trimmed(
+            decodeBcdPlus(bytes).substr(0, countsBytes ? all : count));
     case packed6Bit:
         return trimmed(decodePacked(bytes));
     default:
@@ -232,7 +234,8 @@ std::vector<std::string> IpmiSensor::getStates() const
     constexpr unsigned stateCount = 15; // the sixteenth bit is reserved
     std::vector<std::string> states;
     const IpmiSensorReading last = lastReading();
-    if (readingStateUnavailable() || last.bytes[0] != 0)
+    constexpr unsigned char unavailable = 0x20;
+    if (!last.valid || last.bytes[0] != 0 || last.bytes[2] & unavailable)
         return states;
     const unsigned asserted = last.bytes[3] | unsigned(last.bytes[4]) << 8;
     const unsigned count =

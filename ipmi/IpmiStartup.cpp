@@ -18,6 +18,13 @@ constexpr uint8_t storage = 0x0a;
 uint8_t os_req[4] = {0x00, osNameParameter, 0x00, 0x00};
 uint8_t osver_req[4] = {0x00, osVersionParameter, 0x00, 0x00};
 
+// Other threads may ask for a refresh of their own.
+int refreshRecords(ipmiifc_resp* resp)
+{
+    VEK::MutexLock refresh{sdr_mutex};
+    return IpmiIfcRhGetSdrInfo(resp);
+}
+
 } // namespace
 
 // Get SEL Info stays in the list but disabled: the loop asks for it itself.
@@ -26,7 +33,7 @@ OneShotCommand one_shot_list_cmd[oneShotCount] = {
     {1, IpmiIfcRhGetOS_Name, app, 0x59, 4, os_req, 0},
     {1, IpmiIfcRhGetOS_Version, app, 0x59, 4, osver_req, 0},
     {1, IpmiIfcRhGetSelfTest, app, 0x04, 0, nullptr, 0},
-    {1, IpmiIfcRhGetSdrInfo, storage, 0x20, 0, nullptr, 0},
+    {1, refreshRecords, storage, 0x20, 0, nullptr, 0},
     {0, nullptr, storage, 0x40, 0, nullptr, 0},
     {1, nullptr, storage, 0x41, 0, nullptr, 0},
 };

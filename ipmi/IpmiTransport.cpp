@@ -38,8 +38,8 @@ union Target
 };
 static_assert(sizeof(Target) == addressLength);
 
-// A node that left its own address to the driver is at 20h like any BMC
-// (IPMI v2.0, 5.4): readings of the BMC's own sensors are not bridged to it,
+// A node that left its own address to the driver is at 20h like any BMC:
+// readings of the BMC's own sensors are not bridged to it,
 // which controllers need not serve.
 bool isLocal(const IpmiNode& node)
 {

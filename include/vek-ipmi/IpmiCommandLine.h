@@ -48,7 +48,8 @@ IpmiSdrProgress IpmiIfcSdrGetProgress(int node);
 
 /// Reads every sensor of IpmiIfc::getSensors again, as the polling loop does:
 /// not those that answered CBh or CDh, or timed out several times in a row.
-/// Always 0; IpmiSensor::lastReading tells how it went.
+/// IpmiSensor::lastReading tells how it went. 0; -1 for a number without a
+/// record.
 int IpmiIfcSensorUpdateReading(int node);
 
 /// Loads the sensor health table from "/etc/sfcb/vek/sensor_health", once in

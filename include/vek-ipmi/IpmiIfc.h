@@ -203,8 +203,9 @@ public:
     static std::string GetBmcReportedOSVersion();
 
     // Sensors and their records, as the node last read them. These send
-    // nothing; while the repository is being read they wait for one exchange
-    // or, at its beginning and end, for several.
+    // nothing. They wait while the headers of the repository are walked and
+    // while sensors are discovered, which take many exchanges: seconds, and
+    // with silent sensors minutes.
 
     static ipmiifc_sdr_info getSdr(int node);
     static ipmiifc_sdr_info getSdr();

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include <vek-ipmi/IpmiIfc.h>
@@ -61,15 +62,32 @@ enum
     FD_WRITE = 1
 };
 
+/// A T whose destructor never runs.
+template <typename T>
+class Undestroyed
+{
+public:
+    Undestroyed() { new (bytes_) T; }
+    T& operator*() { return *std::launder(reinterpret_cast<T*>(bytes_)); }
+    T* operator->() { return &**this; }
+
+private:
+    alignas(T) unsigned char bytes_[sizeof(T)];
+};
+
 /// All that is known of one management controller.
 ///
 /// Locks, outermost first: pollMutex, which the polling thread holds during a
-/// pass; sdrLock before fruMutex and entityMutex, and before those of an
-/// exchange; targetMutex before infoMutex before ifcMutex; stateMutex and
-/// identityMutex are leaves. Fields of type Relaxed are shared
-/// without a lock.
+/// pass; sdr_mutex, one for all nodes, during a refresh of records; sdrLock
+/// before fruMutex and entityMutex, and before those of an exchange;
+/// targetMutex before infoMutex before ifcMutex; stateMutex and identityMutex
+/// are leaves. Fields of type Relaxed are shared without a lock.
 struct IpmiNode
 {
+    /// Frees the records and sensors, unless a thread is just at them: a
+    /// process may end beside a polling thread.
+    ~IpmiNode();
+
     int nodeNum = 0;
     VEK::Relaxed<int> msgSeq{0x5a5}; ///< Message id of the next request.
 
@@ -101,13 +119,12 @@ struct IpmiNode
     uint8_t sdrReservation[3] VEK_GUARDED_BY(sdrLock) = {};
     /// Headers in the table; stays when the table is freed.
     uint32_t sdrHeaderCount VEK_GUARDED_BY(sdrLock) = 0;
-    std::unique_ptr<IpmiSdrHeader[]> sdrHeaders VEK_GUARDED_BY(sdrLock);
+    IpmiSdrHeader* sdrHeaders VEK_GUARDED_BY(sdrLock) = nullptr; ///< Owned.
     uint32_t sdrHeaderRoom VEK_GUARDED_BY(sdrLock) = 0;
     uint8_t sdrHeadersComplete VEK_GUARDED_BY(sdrLock) = 0;
-    /// Freed by stop. Not by the process's end, beside which a polling thread
-    /// may still run.
     ipmiifc_sdr_list* sdrLists[SDR_CLASS_COUNT] VEK_GUARDED_BY(sdrLock) = {};
-    std::vector<std::shared_ptr<IpmiSensor>> sensors VEK_GUARDED_BY(sdrLock);
+    Undestroyed<std::vector<std::shared_ptr<IpmiSensor>>>
+        sensors VEK_GUARDED_BY(sdrLock);
     /// A memory sensor reports events.
     VEK::Relaxed<bool> memoryEventsFlag{false};
     /// Counters of a read of the repository, as IpmiSdrProgress has them.

@@ -47,8 +47,10 @@ enum IpmiThreshold
 /// What was last read from a sensor. Bytes that did not come are 0.
 struct IpmiSensorReading
 {
-    bool valid;       ///< The last request for a reading succeeded once.
-    bool attempted;   ///< One was requested and the sensor is not absent.
+    bool valid;       ///< A reading is held; ended by one that the object
+                      ///< itself asks for (getReading) and does not get.
+    bool attempted;   ///< The object itself asked, and was not told that the
+                      ///< sensor is absent.
     uint8_t bytes[5]; ///< Get Sensor Reading answer, completion code first
                       ///< (IPMI v2.0, 35.14).
     int64_t time;     ///< Microseconds since 1970 of the last good reading, in
@@ -77,7 +79,9 @@ public:
     /// @param refresh read the sensor first (sends to the owner).
     /// @return thresholds: state byte 1, a bit for each IpmiThreshold that is
     ///     passed; discrete: 16 bits, a bit for each state.
-    /// @throws CmpiStatus rc 1 without a reading.
+    /// @throws CmpiStatus rc 1 without a reading; but a threshold sensor of
+    ///     which none was asked for, or that is absent, passes no threshold
+    ///     then: getSensorState tells the difference.
     virtual int getState(bool refresh) = 0;
     /// Reads the sensor (sends to the owner) and judges it.
     /// @param state thresholds: 5 well, 10 non-critical, 25 critical or worse;
@@ -240,7 +244,7 @@ protected:
     unsigned setEventEnable(unsigned char flags, unsigned short assertion,
                             unsigned short deassertion,
                             unsigned char highMask) const;
-    /// The last part of sending any command to the sensor.
+    /// One exchange; C1h and CDh become 1.
     unsigned sendToSensor(unsigned char command, unsigned char* request,
                           unsigned short size, unsigned char* answer,
                           unsigned short answerSize) const;
@@ -265,7 +269,6 @@ protected:
     VEK::Relaxed<int> repeatCount_{0};
 
 private:
-    unsigned char currentState(unsigned at) const { return reading_[at]; }
     double readThreshold(unsigned threshold) const;
 };
 

@@ -27,6 +27,8 @@
 #define VEK_ACQUIRE(...) VEK_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define VEK_ACQUIRE_SHARED(...)                                                \
     VEK_THREAD_ANNOTATION(acquire_shared_capability(__VA_ARGS__))
+#define VEK_TRY_ACQUIRE(...)                                                   \
+    VEK_THREAD_ANNOTATION(try_acquire_capability(__VA_ARGS__))
 #define VEK_RELEASE(...) VEK_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
 #define VEK_RELEASE_SHARED(...)                                                \
     VEK_THREAD_ANNOTATION(release_shared_capability(__VA_ARGS__))
@@ -158,6 +160,11 @@ public:
     void lockForReading() VEK_ACQUIRE_SHARED() { pthread_rwlock_rdlock(&l_); }
     void lockForWriting() VEK_ACQUIRE() { pthread_rwlock_wrlock(&l_); }
     void unlock() VEK_RELEASE_GENERIC() { pthread_rwlock_unlock(&l_); }
+    bool tryLockForWriting() VEK_TRY_ACQUIRE(true)
+    {
+        return pthread_rwlock_trywrlock(&l_) == 0;
+    }
+    pthread_rwlock_t* native() { return &l_; }
 
 private:
     pthread_rwlock_t l_;
@@ -193,6 +200,24 @@ public:
 
 private:
     RwLock& lock_;
+};
+
+/// Releases a lock that is held for writing, for a scope, and takes it again
+/// on every way out, cancellation included. Unseen by the analysis: the
+/// caller holds the lock before and behind the scope.
+class WriteUnlock
+{
+public:
+    explicit WriteUnlock(RwLock& lock) : l_{lock.native()}
+    {
+        pthread_rwlock_unlock(l_);
+    }
+    ~WriteUnlock() { pthread_rwlock_wrlock(l_); }
+    WriteUnlock(const WriteUnlock&) = delete;
+    WriteUnlock& operator=(const WriteUnlock&) = delete;
+
+private:
+    pthread_rwlock_t* l_;
 };
 
 } // namespace VEK

@@ -237,13 +237,16 @@ TEST_F(Sdr, whatAControllerRefusesToReturnAtOnce)
                "cmd=get-sdr,data=??:??:00:00:25,nth=2,cc=CA",
                "cmd=get-sdr,data=??:??:00:00:25,nth=3,cc=C7",
                "cmd=get-sdr,data=??:??:00:00:18,count=3,cc=CA",
-               "cmd=get-sdr,data=??:??:00:00:0e,count=3,cc=CA"});
+               "cmd=get-sdr,data=??:??:00:00:0e,count=3,cc=CA",
+               "cmd=get-sdr,data=??:??:00:00:07,count=3,cc=CA",
+               "cmd=get-sdr,data=??:??:00:00:03,count=3,cc=CA",
+               "cmd=get-sdr,data=??:??:00:00:02,count=3,cc=CA"});
     uint8_t buffer[53];
     Seam::takeLog();
     EXPECT_EQ(IpmiIfcSdrReadRecordId(0, 0, buffer, sizeof buffer), 0);
     const Texts reads = getSdrs();
-    EXPECT_EQ(reads.back(), "00+0,7");
-    EXPECT_EQ(logged("error 202. Try again..."), 2) << "from 8 bytes down";
+    EXPECT_EQ(reads.back(), "00+0,1");
+    EXPECT_EQ(logged("error 202. Try again..."), 11) << "from 8 bytes down";
     EXPECT_EQ(IpmiIfcSdrReadRecordId(0, 0, buffer, 0), -1);
 }
 

@@ -19,6 +19,7 @@ namespace
 
 constexpr uint8_t bmc = 0x20;
 constexpr uint8_t satellite = 0x52;
+constexpr uint8_t thirdController = 0x72; // on channel 7
 
 // Threshold sensor 1 of the BMC, 2 of a satellite on channel 0 at LUN 1,
 // discrete sensor 3, 4 owned by software, 5 event-only.
@@ -58,9 +59,13 @@ protected:
         uint16_t id = 0x10;
         for (const RecordBytes& bytes : records)
             state.repository->records.push_back({id++, bytes, {}});
-        Sim::BmcState other;
-        other.address = satellite;
-        state.satellites.push_back(other);
+        for (const auto& [channel, address] :
+             {std::pair{0, satellite}, {7, thirdController}})
+        {
+            state.satellites.emplace_back();
+            state.satellites.back().busChannel = uint8_t(channel);
+            state.satellites.back().address = address;
+        }
         serveState(std::move(state));
     }
     void discover()
@@ -246,6 +251,8 @@ TEST_F(Sensors, commandsAndTheirResults)
 {
     discover();
     IpmiThresholdSensor& s = threshold();
+    auto& model = Sim::Device::controller()->bmc().state().sensors.at(
+        Sim::sensorKey(0, 1));
     IpmiSensor& discrete = *sensor(3);
     unsigned char flags = 0x11, positive = 1, negative = 2;
     unsigned short assertion = 0x1234, deassertion = 0x5678;
@@ -298,6 +305,8 @@ TEST_F(Sensors, commandsAndTheirResults)
         }
         setFaults({});
         takeExchanges();
+        model.assertions = 0x0201;
+        model.deassertions = 0x0c03;
         c.send();
         const auto sent = takeExchanges();
         ASSERT_EQ(sent.size(), 1u);
@@ -305,6 +314,12 @@ TEST_F(Sensors, commandsAndTheirResults)
         EXPECT_EQ(sent[0].data, c.data);
     }
     EXPECT_EQ(flags & 0x80, 0x80);
+    EXPECT_EQ(assertion, 0x0201);
+    EXPECT_EQ(deassertion, 0x0c03);
+    flags = 0x11;
+    setFaults({"cmd=29,netfn=04,cc=D5"});
+    EXPECT_EQ(s.getEventEnable(flags, assertion, deassertion), 0xd5u);
+    EXPECT_EQ(flags + assertion + deassertion, 0x11 + 0x0201 + 0x0c03);
     setFaults({"cmd=29,netfn=04,flip=1:80"});
     assertion = 0x1234;
     s.getEventEnable(flags, assertion, deassertion);
@@ -345,9 +360,9 @@ TEST_F(Sensors, thresholdsAsTheControllerHasThem)
 TEST_F(Sensors, threadsNeverMisaddressACommand)
 {
     auto records = fiveRecords();
-    records.push_back(sensorRecord(1, 6, {{5, 0x72}, {6, 0x70}}, "Third"));
+    records.push_back(
+        sensorRecord(1, 6, {{5, thirdController}, {6, 0x70}}, "Third"));
     hold(records);
-    Sim::BmcState third;
     Sim::Device::setTimeScale(0.001);
     std::thread node{[] {
         IpmiIfc::start(0);
@@ -390,7 +405,7 @@ TEST_F(Sensors, threadsNeverMisaddressACommand)
         if (local)
             continue;
         ++bridged;
-        EXPECT_EQ(r.slaveAddress, number == 2 ? satellite : 0x72);
+        EXPECT_EQ(r.slaveAddress, number == 2 ? satellite : thirdController);
         EXPECT_EQ(r.channel, number == 2 ? 0 : 7);
         EXPECT_EQ(r.lun, number == 2 ? 1 : 0);
     }

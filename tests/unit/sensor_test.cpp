@@ -48,46 +48,55 @@ std::vector<unsigned> allOf(const Sensor& s)
             s.isConvertible()};
 }
 
+// Byte n holds 37 n + 11, so that no field passes for another.
 TEST(Sensor, whatEachKindOfRecordSays)
 {
-    RecordBytes record(48, 0xff);
-    record[0] = 0x34, record[1] = 0x12;
-    record[4] = 43, record[5] = 0x52, record[6] = 0x31, record[7] = 0x30;
-    record[9] = 0x83;
+    RecordBytes record(48);
+    for (size_t i = 0; i < record.size(); ++i)
+        record[i] = uint8_t(37 * i + 11);
+    // Bytes 0 to 24: 0b 30 55 .. 9f c4 e9 0e 33 58 | 7d a2 c7 ec 11 36 5b 80
+    // a5 ca | ef 14 39 5e 83
     const struct
     {
         uint8_t type;
-        std::vector<unsigned> discrete;
-        unsigned thresholdMask;
+        std::vector<unsigned> said;
+        unsigned assertion, deassertion;
         const char* direction;
     } cases[] = {
         {0x01,
-         {0x30, 0x1234, 0x52, 1,      3,      0xff,   0xff, 7, 3, 0xff, 0xff, 0,
-          3,    3,      3,    0x11fb, 0xffff, 0xffff, 0xff, 3, 0, 0,    0},
-         0x0fff,
+         {0x0e,   0x300b, 0xc4, 1,    0xe, 0xc7, 0xec, 5,
+          3,      0x14,   0x39, 0,    2,   0,    2,    0x10bb,
+          0x3611, 0x805b, 0x33, 0x58, 0,   0,    0},
+         0x0611,
+         0x005b,
          "reserved"},
         {0x02,
-         {0x30, 0x1234, 0x52, 1,      3,      0xff,   0xff, 7, 3, 0xff, 0xff, 3,
-          3,    3,      3,    0x11fb, 0xffff, 0xffff, 0xff, 3, 1, 0,    0},
-         0x0fff,
-         "reserved"},
+         {0x0e,   0x300b, 0xc4, 1,    0xe, 0xc7, 0xec, 5,
+          3,      0x14,   0x39, 1,    2,   0,    2,    0x10bb,
+          0x3611, 0x805b, 0x33, 0x58, 1,   0,    0},
+         0x0611,
+         0x005b,
+         "input"},
         {0x03,
-         {0x30, 0x1234, 0x52, 1, 3, 0xff, 0xff, 0, 0, 0, 0, 3,
-          0,    0,      255,  0, 0, 0,    0xff, 3, 1, 0, 0},
+         {0x0e, 0x300b, 0xc4, 1, 0xe, 0x7d, 0xa2, 0,    0, 0, 0, 3,
+          0,    0,      255,  0, 0,   0,    0x33, 0x58, 1, 0, 0},
+         0,
          0,
          "reserved"},
         {0xc0,
-         {0x30, 0x1234, 0x52, 1, 3, 0, 0,    0, 0, 0, 0, 0,
-          0,    0,      255,  0, 0, 0, 0xff, 3, 1, 0, 0},
+         {0x0e, 0x300b, 0xc4, 1, 0xe, 0, 0,    0,    0, 0, 0, 0,
+          0,    0,      255,  0, 0,   0, 0x33, 0x58, 1, 0, 0},
+         0,
          0,
          ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(int(c.type));
         record[3] = c.type;
-        EXPECT_EQ(allOf(make<IpmiDiscreteSensor>(record)), c.discrete);
+        EXPECT_EQ(allOf(make<IpmiDiscreteSensor>(record)), c.said);
         const auto threshold = make(record);
-        EXPECT_EQ(threshold.getAssertionEventMask(), c.thresholdMask);
+        EXPECT_EQ(threshold.getAssertionEventMask(), c.assertion);
+        EXPECT_EQ(threshold.getDeassertionEventMask(), c.deassertion);
         EXPECT_EQ(threshold.getSensorDirectionString(), c.direction);
     }
 }
@@ -214,6 +223,7 @@ TEST(Sensor, idStrings)
         {"6-bit, counted in bytes",
          sensorRecord(1, 1, {{47, 0x83}}, "\x29\xdc\xa6"), "IPMI"},
         {"BCD plus", sensorRecord(1, 1, {{47, 0x44}}, "\x12\xab"), "12 -"},
+        {"BCD plus, odd", sensorRecord(1, 1, {{47, 0x43}}, "\x12\x30"), "123"},
         {"UTF-16", sensorRecord(1, 1, {{47, 0x02}}, {"A\0\xe4\0", 4}),
          "A\\u00E4"},
         {"length beyond the record", sensorRecord(1, 1, {{47, 0xdf}}, "ab"),
