@@ -64,7 +64,7 @@ TEST(Health, isThatOfTheWorstSensorThatCounts)
     {
         const char* what;
         std::vector<std::tuple<Health, Condition, int>> sensors;
-        unsigned found; ///< Of two records.
+        unsigned read; ///< Of two records.
         Health health;
     } cases[] = {
         {"nobody", {}, 2, Health::unknown},
@@ -104,7 +104,7 @@ TEST(Health, isThatOfTheWorstSensorThatCounts)
         for (size_t i = 0; i < sensors.size(); ++i)
             std::tie(sensors[i].health, sensors[i].condition,
                      sensors[i].lastResult) = c.sensors[i];
-        EXPECT_EQ(overallOf(sensors, {2, c.found, 0}).health, c.health)
+        EXPECT_EQ(overallOf(sensors, {2, 2, c.read, 0}).health, c.health)
             << c.what;
     }
 }

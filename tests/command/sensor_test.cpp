@@ -66,7 +66,8 @@ TEST(Sensors, tellWhatOfTheRepositoryIsMissing)
         {"no walk",
          "$sim --fault netfn=0a,cmd=23,cc=c0 -- $tool sensors | tail -n 2; "
          "$sim --fault netfn=0a,cmd=23,cc=c0 -- $tool sdr >/dev/null",
-         4, "0 sensors\n105 records not read\n", "only 0 of 105 .* found"},
+         4, "0 sensors\n105 records not read\n",
+         "only 0 of 105 .* .0 found, 0 unreadable"},
     });
 }
 
@@ -112,6 +113,9 @@ TEST(Sensors, areWatchedUntilInterrupted)
          "'; "
          "rm watched",
          0, "0\n1\n", ""},
+        {"no repository",
+         "$sim --fault netfn=0a,cmd=20,cc=c1 -- $tool sensors --watch", 4, "",
+         "no usable answer about the sensor data repository"},
         {"a JSON document a line",
          "timeout --preserve-status -s TERM 2 $sim --profile moving -- $tool "
          "sensors --watch --json | head -n 1 | cut -c 1-50",

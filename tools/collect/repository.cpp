@@ -24,27 +24,26 @@ Failure whyNotRead(Device& device)
     return failureOf(unread, commands::getSdrRepositoryInfo, completion);
 }
 
-// IPMI v1.0 writes its version as 51h, all others in BCD with the nibbles
-// swapped.
+// 51h is IPMI v1.5; the library reads no older ones.
 bool isKnownVersion(uint8_t version)
 {
-    return version == 0x51 || ((version & 0x0F) >= 1 && (version & 0x0F) <= 2);
-}
-
-void check(const Ipmi::ipmiifc_sdr_info& info)
-{
-    if (info.sdrVersion == 0)
-        throw Failure{Status::failed,
-                      "the controller's answer about its sensor data "
-                      "repository is unusable",
-                      "--verbose says more."};
-    if (!isKnownVersion(info.sdrVersion))
-        throw Failure{Status::failed,
-                      "the sensor data repository is of an unknown version",
-                      "--verbose says more."};
+    return version == 0x51 || (version & 0x0F) == 2;
 }
 
 } // namespace
+
+void checkRepository()
+{
+    const Ipmi::ipmiifc_sdr_info info = Ipmi::IpmiIfc::getSdr();
+    if (info.sdrVersion == 0)
+        throw Failure{Status::failed,
+                      "no usable answer about the sensor data repository",
+                      "--verbose says more."};
+    if (!isKnownVersion(info.sdrVersion))
+        throw Failure{Status::failed,
+                      "the sensor data repository is older than IPMI v1.5",
+                      "Update the controller's firmware."};
+}
 
 Repository repositorySoFar()
 {
@@ -53,6 +52,7 @@ Repository repositorySoFar()
     Repository repository;
     repository.total = info.recordCount[0] | info.recordCount[1] << 8;
     repository.headers = progress.headers;
+    repository.records = progress.records;
     repository.failed = progress.failed;
     return repository;
 }
@@ -79,7 +79,7 @@ Repository readRepository(Device& device)
                    progressText);
     if (!completion.ok())
         throw whyNotRead(device);
-    check(Ipmi::IpmiIfc::getSdr());
+    checkRepository();
     return repositorySoFar();
 }
 

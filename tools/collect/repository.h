@@ -2,6 +2,7 @@
 #ifndef VEK_TOOLS_COLLECT_REPOSITORY_H
 #define VEK_TOOLS_COLLECT_REPOSITORY_H
 
+#include <algorithm>
 #include <string>
 
 #include <vek-ipmi/IpmiSdrRecord.h>
@@ -15,18 +16,20 @@ struct Repository
 {
     unsigned total = 0;   ///< Records, as the controller says.
     unsigned headers = 0; ///< Found when walking from record to record.
-    unsigned failed = 0;  ///< Records of those that could not be read.
+    unsigned records = 0; ///< Of those: asked for, when the walk was whole,
+    unsigned failed = 0;  ///< and not read.
 
-    unsigned missing() const
-    {
-        return failed + (total > headers ? total - headers : 0);
-    }
+    unsigned read() const { return records - failed; }
+    unsigned missing() const { return std::max(total, headers) - read(); }
 };
 
 /// Reads all records, once, and with them the sensors' first readings,
 /// thresholds and hysteresis.
 /// @throws Failure when the controller has no repository that can be read.
 Repository readRepository(Device& device);
+
+/// @throws Failure when the controller told nothing usable of a repository.
+void checkRepository();
 
 /// What the node has read so far.
 Repository repositorySoFar();

@@ -18,17 +18,16 @@ Status complainOfMissing(const Repository& repository)
 {
     if (repository.missing() == 0)
         return Status::done;
-    const std::string of = " of " + std::to_string(repository.total);
-    std::string what;
-    if (repository.headers < repository.total)
-        what = "only " + std::to_string(repository.headers) + of +
-               " sensor data records were found";
-    if (repository.failed)
-        what += (what.empty() ? "" : "; ") + std::to_string(repository.failed) +
-                of + " could not be read";
-    complain({Status::failed, what,
-              "What was read is shown. Try again; --verbose shows the codes "
-              "that the controller gave."});
+    const auto text = [](unsigned count) {
+        return std::to_string(count);
+    };
+    complain({Status::failed,
+              "only " + text(repository.read()) + " of " +
+                  text(repository.total) + " sensor data records were read (" +
+                  text(repository.headers) + " found, " +
+                  text(repository.failed) + " unreadable)",
+              "Try again; --verbose shows the codes that the controller "
+              "gave."});
     return Status::failed;
 }
 

@@ -48,6 +48,7 @@ Status runOnce(const Arguments& arguments, const Options& options)
 
 std::string draw(const Arguments& arguments, bool json)
 {
+    checkRepository();
     const Inventory inventory{repositorySoFar(), collectSensors()};
     const Listing listing = listingOf(arguments, inventory);
     return json ? toJson(listing).dump() + '\n'

@@ -67,13 +67,18 @@ public:
               run();
           }}
     {}
-    ~Node()
+    ~Node() { end(); }
+    Node(const Node&) = delete;
+    Node& operator=(const Node&) = delete;
+
+    // Every pass that somebody waits for is over then.
+    void end()
     {
+        if (!thread_.joinable())
+            return;
         IpmiIfc::stop(0);
         thread_.join();
     }
-    Node(const Node&) = delete;
-    Node& operator=(const Node&) = delete;
 
     static bool isRunning()
     {
@@ -107,13 +112,14 @@ public:
     {}
     ~Poller()
     {
+        askToEnd();
         if (thread_.joinable())
             thread_.join();
     }
     Poller(const Poller&) = delete;
     Poller& operator=(const Poller&) = delete;
 
-    // Ends with the poll that is under way.
+    // It ends with the poll that is under way.
     void askToEnd() { __atomic_store_n(&over_, true, __ATOMIC_RELAXED); }
 
     void end()
@@ -169,6 +175,7 @@ Status watch(const std::function<std::string()>& draw, bool inPlace)
     signals.wait();
     poller.askToEnd();
     screen.restore();
+    node.end();
     poller.end();
     return Status::done;
 }

@@ -81,7 +81,7 @@ std::string eventsTable(const Sensor& sensor, const EventEnable& enable)
     table.row("Scanning", enable.scanning ? "on" : "off");
     const Side assertion{sensor.assertionMask, enable.assertion},
         deassertion{sensor.deassertionMask, enable.deassertion};
-    Columns columns{{{"Event"}, {"When it", false, 12}, {"Begins"}, {"Ends"}}};
+    Columns columns{{{"Event"}, {"Meaning", false, 12}, {"Begins"}, {"Ends"}}};
     for (unsigned i = 0; i < eventCount(sensor); ++i)
         if ((assertion.possible | deassertion.possible) >> i & 1)
             columns.row({{eventKey(sensor, i)},

@@ -46,7 +46,7 @@ std::string toTable(const std::vector<Record>& records, bool raw,
                    {"Name", false, 8}}};
     for (const Record& record : records)
         table.row(cellsOf(record));
-    const std::string text = table.text(terminal);
+    std::string text = table.text(terminal);
     if (!raw)
         return text;
     std::string mixed;

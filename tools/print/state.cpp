@@ -80,7 +80,7 @@ std::string conditionWord(const Sensor& sensor)
 
 std::string conditionInWords(const Sensor& sensor)
 {
-    const std::string sentence = wordsOf(sensor.condition).sentence;
+    std::string sentence = wordsOf(sensor.condition).sentence;
     if (sensor.condition != Condition::refused)
         return sentence;
     const Completion completion{static_cast<uint8_t>(sensor.lastResult), true};

@@ -47,7 +47,7 @@ std::string valueText(const Value& value)
 
 std::string valueText(const Value& value, const Unit& unit)
 {
-    const std::string number = valueText(value);
+    std::string number = valueText(value);
     if (!value.real || unit.text.empty())
         return number;
     return number + (unit.text[0] == '%' ? "" : " ") + unit.text;
