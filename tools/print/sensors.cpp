@@ -135,12 +135,26 @@ std::string plural(size_t count, const std::string& noun)
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
+// One word in a column does not say why these never have a reading.
+std::string reasons(const Listing& listing)
+{
+    std::string text;
+    for (const Condition condition : {Condition::software, Condition::otherLun})
+        for (const Sensor& sensor : listing.sensors)
+            if (sensor.condition == condition) {
+                text += conditionWord(sensor) + ": " +
+                        conditionInWords(sensor) + "\n";
+                break;
+            }
+    return text;
+}
+
 std::string footer(const Listing& listing)
 {
     const size_t shown = listing.sensors.size();
     std::string text =
         "\n" + (shown == listing.count ? "" : std::to_string(shown) + " of ") +
-        plural(listing.count, "sensor") + "\n";
+        plural(listing.count, "sensor") + "\n" + reasons(listing);
     size_t sum = 0;
     std::string lines;
     for (const LeftOutCount& left : countLeftOut(listing.records)) {
