@@ -1,9 +1,9 @@
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <set>
 #include <syslog.h>
 #include <thread>
 #include <unistd.h>
@@ -52,16 +52,20 @@ void sdr(int)
         throw CmpiStatus(CMPI_RC_ERR_FAILED, "an area");
 }
 
-void handler(void* context, IpmiSelData* record)
+template <char letter>
+void noteIn(int)
 {
-    note(record || !context ? '?' : 'h');
+    note(letter);
 }
 
-void throwingHandler(void*, IpmiSelData*)
-{
-    note('t');
-    throw CmpiStatus(CMPI_RC_ERR_FAILED);
-}
+SelEventHandler handler = [](void* context, IpmiSelData* record) {
+    note(record ? '?' : context ? 'h' : 't');
+    if (!context)
+        throw CmpiStatus(CMPI_RC_ERR_FAILED);
+};
+SelHandlerEntry last{nullptr, handler, &last};
+SelHandlerEntry empty{&last, nullptr, nullptr};
+SelHandlerEntry throwing{&last, handler, nullptr};
 
 class Lifecycle : public NodeFixture
 {
@@ -71,41 +75,37 @@ protected:
         NodeFixture::SetUp();
         takeCalls();
         selEntries = 0;
-        loopAreas = {selInfo,
-                     sdr,
-                     [](int) { note('r'); },
-                     [](int) { note('f'); },
-                     [](int) { note('l'); },
-                     [](int) {
-                         note('c');
-                     }};
+        loopAreas = {selInfo,     sdr,         noteIn<'r'>,
+                     noteIn<'f'>, noteIn<'l'>, noteIn<'c'>};
+    }
+
+    void TearDown() override
+    {
+        if (IpmiIfc::getState() == IpmiIfc::STATE_RUNNING)
+            stopNode();
+        NodeFixture::TearDown();
+    }
+
+    void runNode()
+    {
+        startNode(0);
+        EXPECT_EQ(waitUntilRunning(), IpmiIfc::STATE_RUNNING);
     }
 
     // One requested poll; what the loop did in it.
-    std::string poll(IpmiIfc::IPMI_POLL_TYPE type)
+    std::string poll(IpmiIfc::IPMI_POLL_TYPE type = IpmiIfc::POLL_NORMAL)
     {
         takeCalls();
         IpmiIfc::pollAll(1, true, type, nullptr);
         return takeCalls();
     }
 
-    int pollCount()
+    // The poll count, and another one for it if one is given.
+    static int pollCount(int next = -1)
     {
         VEK::MutexLock lock{g_IpmiNode[0].pollMutex};
-        return g_IpmiNode[0].pollCount;
-    }
-
-    void setPollCount(int count)
-    {
-        VEK::MutexLock lock{g_IpmiNode[0].pollMutex};
-        g_IpmiNode[0].pollCount = count;
-    }
-
-    static int lowestFreeDescriptor()
-    {
-        const int fd = open("/dev/null", O_RDONLY);
-        close(fd);
-        return fd;
+        return next < 0 ? g_IpmiNode[0].pollCount
+                        : std::exchange(g_IpmiNode[0].pollCount, next);
     }
 
     void setHandlers(SelHandlerEntry* first)
@@ -117,74 +117,66 @@ protected:
 
 TEST_F(Lifecycle, aNodeFromStartToStop)
 {
-    startNode(0);
-    EXPECT_EQ(waitUntilRunning(), IpmiIfc::STATE_RUNNING);
+    runNode();
     EXPECT_EQ(IpmiIfc::GetBmcIpmiVersion(), "2.0");
     stopNode();
     EXPECT_EQ(takeCalls(), "slfc");
     EXPECT_EQ(IpmiIfc::getState(), IpmiIfc::STATE_STOPPED);
     EXPECT_EQ(g_IpmiNode[0].devFd, -1);
     EXPECT_EQ(g_IpmiNode[0].signalCmdPipeFds[FD_WRITE], -1);
-    try {
-        IpmiIfc::stop();
-        ADD_FAILURE() << "a second stop has to throw";
-    } catch (const CmpiStatus& e) {
-        EXPECT_EQ(e.rc(), CMPI_RC_ERROR);
-    }
-    EXPECT_EQ(
-        Seam::takeLog().back(),
-        (Seam::LogLine{LOG_ERR, "CmpiStatus error 200 IpmiIfc::stop called "
-                                "twice"}));
+    EXPECT_THROW(IpmiIfc::stop(), CmpiStatus);
+    EXPECT_EQ(logged("CmpiStatus error 200 IpmiIfc::stop called twice"), 1);
 }
 
 TEST_F(Lifecycle, whatEachPollDoes)
 {
-    int context = 0;
-    SelHandlerEntry last{nullptr, handler, &context};
-    SelHandlerEntry empty{&last, nullptr, nullptr};
+    constexpr auto normal = IpmiIfc::POLL_NORMAL, full = IpmiIfc::POLL_FULL,
+                   readings = IpmiIfc::POLL_READINGS, skip = IpmiIfc::POLL_SKIP;
     selEntries = 5;
-    startNode(0);
-    waitUntilRunning();
+    runNode();
     setHandlers(&empty);
     const struct
     {
         const char* what;
         int countBefore;
         IpmiIfc::IPMI_POLL_TYPE type;
-        int entries;
+        int entries; ///< New events: another number than in the row before.
         const char* calls;
         int countAfter;
     } cases[] = {
-        {"a count", 1, IpmiIfc::POLL_NORMAL, 5, "s", 2},
-        {"readings", 2, IpmiIfc::POLL_READINGS, 5, "sr", 3},
-        {"periodic: readings, FRU not due", 7, IpmiIfc::POLL_NORMAL, 5, "srhl",
-         8},
-        {"new events", 8, IpmiIfc::POLL_NORMAL, 6, "sdhfl", 16},
-        {"periodic after a full pass: SDR, FRU", 15, IpmiIfc::POLL_NORMAL, 6,
-         "sdhfl", 16},
-        {"and the next one", 23, IpmiIfc::POLL_NORMAL, 6, "srhl", 24},
-        {"forced", 24, IpmiIfc::POLL_FULL, 6, "sdhfl", 32},
-        {"skipped", 39, IpmiIfc::POLL_SKIP, 6, "s", 47},
-        {"a cleared log", 40, IpmiIfc::POLL_NORMAL, 1, "s", 41},
+        {"a count", 1, normal, 5, "s", 2},
+        {"readings", 2, readings, 5, "sr", 3},
+        {"periodic, FRU not due", 7, normal, 5, "srhl", 8},
+        {"new events", 8, normal, 6, "sdhfl", 16},
+        {"periodic after a full pass", 15, normal, 6, "sdhfl", 16},
+        {"and the next one", 23, normal, 6, "srhl", 24},
+        {"forced", 24, full, 6, "sdhfl", 32},
+        {"skip: nothing due", 8, skip, 6, "s", 9},
+        {"skip a periodic pass", 39, skip, 6, "s", 47},
+        {"skip does not hide events", 15, skip, 7, "sdhfl", 24},
+        {"fewer events", 14, normal, 6, "sdhfl", 16},
+        {"new events on an 8th poll", 15, normal, 7, "sdhfl", 24},
+        {"readings for a periodic pass", 15, readings, 7, "sr", 23},
+        {"readings and new events", 10, readings, 8, "sdhfl", 16},
+        {"a cleared log", 40, normal, 1, "s", 41},
+        {"on an 8th poll", 7, normal, 1, "sdhfl", 8},
+        {"an emptied log", 8, normal, 0, "sdhfl", 16},
+        {"a first event", 8, normal, 1, "sdhfl", 16},
+        {"more", 8, normal, 5, "sdhfl", 16},
+        {"forced of a cleared log", 9, full, 1, "sdhfl", 16},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        setPollCount(c.countBefore);
+        pollCount(c.countBefore);
         selEntries = c.entries;
         EXPECT_EQ(poll(c.type), c.calls);
         EXPECT_EQ(pollCount(), c.countAfter);
     }
-    setHandlers(nullptr);
-    stopNode();
 }
 
 TEST_F(Lifecycle, aPassOutlivesWhatIsThrownInIt)
 {
-    int context = 0;
-    SelHandlerEntry behind{nullptr, handler, &context};
-    SelHandlerEntry throwing{&behind, throwingHandler, nullptr};
-    startNode(0);
-    waitUntilRunning();
+    runNode();
     setHandlers(&throwing);
     EXPECT_EQ(poll(IpmiIfc::POLL_FULL), "sdtfl") << "the walk ends, the pass "
                                                     "goes on";
@@ -194,30 +186,23 @@ TEST_F(Lifecycle, aPassOutlivesWhatIsThrownInIt)
     EXPECT_TRUE(Seam::waitForLog(
         "IPMI polling thread caught exception while polling node 0"));
     areaThrows = false;
-    setHandlers(&behind);
+    setHandlers(&last);
     EXPECT_EQ(poll(IpmiIfc::POLL_FULL), "sdhfl");
-    setHandlers(nullptr);
-    stopNode();
 }
 
 TEST_F(Lifecycle, aStopDuringAPassEndsItAtTheNextStep)
 {
-    static void (*const stopNow)(int) = [](int) {
-        g_IpmiNode[0].shutdownFlag = true;
-    };
     const struct
     {
-        const char* what;
         void (*LoopAreas::*area)(int);
         const char* calls;
-    } cases[] = {{"in the SDR's", &LoopAreas::sdr, "slfs"},
-                 {"in the FRU's", &LoopAreas::fru, "slfsd"}};
+    } cases[] = {{&LoopAreas::sdr, "slfs"}, {&LoopAreas::fru, "slfsd"}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
         SetUp();
-        startNode(0);
-        waitUntilRunning();
-        loopAreas.*c.area = stopNow;
+        runNode();
+        loopAreas.*c.area = [](int) {
+            g_IpmiNode[0].shutdownFlag = true;
+        };
         {
             VEK::MutexLock lock{g_IpmiNode[0].pollMutex};
             g_IpmiNode[0].pollType = IpmiIfc::POLL_FULL;
@@ -234,21 +219,23 @@ TEST_F(Lifecycle, aFirstCountThatFailsIsNone)
 {
     selFailures = 1;
     selEntries = 1; // new events when the count before was 0
-    startNode(0);
-    waitUntilRunning();
-    EXPECT_EQ(poll(IpmiIfc::POLL_NORMAL), "sdfl");
-    stopNode();
+    runNode();
+    EXPECT_EQ(poll(), "sdfl");
 }
 
-// Two threads log: their lines come in any order, and how often the one had
-// to wait for the other is a matter of luck.
-std::vector<Seam::LogLine> sorted(std::vector<Seam::LogLine> lines)
+// What was logged, after its priority if that is not debug. Two threads log:
+// their lines come in any order, and how often the one had to wait for the
+// other is a matter of luck.
+using Lines = std::multiset<std::string>;
+Lines takeLines()
 {
-    const Seam::LogLine again{LOG_DEBUG, "Poll not finished for node 0"};
-    lines.erase(std::remove(lines.begin(), lines.end(), again), lines.end());
-    std::sort(lines.begin(), lines.end(),
-              [](const auto& a, const auto& b) { return a.text < b.text; });
-    return lines;
+    Lines result;
+    for (const auto& [priority, text] : Seam::takeLog())
+        result.insert(
+            (priority == LOG_DEBUG ? "" : std::to_string(priority) + ' ') +
+            text);
+    result.erase("Poll not finished for node 0");
+    return result;
 }
 
 // Every line of a request, serial and parallel, and of the pass that it asks
@@ -262,39 +249,39 @@ TEST_F(Lifecycle, whatIsLogged)
         Seam::waitForLog("Waiting for poll thread for node 0 to start"));
     startNode(0);
     early.join();
-    setPollCount(7);
+    pollCount(7);
     Seam::takeLog();
     poll(IpmiIfc::POLL_FULL);
-    EXPECT_EQ(
-        sorted(Seam::takeLog()),
-        sorted({{LOG_DEBUG, "Going to do FULL POLL for node 0"},
-                {LOG_DEBUG, "Triggering poll for node 0, poll count = 7"},
-                {LOG_DEBUG, "Running threads serially, waiting for node 0 to "
-                            "complete"},
-                {LOG_DEBUG,
-                 "IpmiIfc::poll - new events detected or skip count exceeded "
-                 "(skipRemaining = 0, entryCount = 0, lastEntryCount = 0)"},
-                {LOG_DEBUG, "IpmiIfc::poll - Refreshing FRU"}}));
+    EXPECT_EQ(takeLines(),
+              (Lines{"Going to do FULL POLL for node 0",
+                     "Triggering poll for node 0, poll count = 7",
+                     "Running threads serially, waiting for node 0 to complete",
+                     "IpmiIfc::poll - new events detected or skip count "
+                     "exceeded (skipRemaining = 0, entryCount = 0, "
+                     "lastEntryCount = 0)",
+                     "IpmiIfc::poll - Refreshing FRU"}));
     IpmiIfc::pollAll(1, false, IpmiIfc::POLL_NORMAL, nullptr);
-    EXPECT_EQ(
-        sorted(Seam::takeLog()),
-        sorted({{LOG_DEBUG, "Triggering poll for node 0, poll count = 16"},
-                {LOG_DEBUG, "Running threads in parallel. Waiting for nodes "
-                            "to poll"},
-                {LOG_DEBUG, "pollAll: Nodes done polling"}}));
+    EXPECT_EQ(takeLines(),
+              (Lines{"Triggering poll for node 0, poll count = 16",
+                     "Running threads in parallel. Waiting for nodes to poll",
+                     "pollAll: Nodes done polling"}));
     stopNode();
-    EXPECT_EQ(sorted(Seam::takeLog()),
-              sorted({{LOG_DEBUG, "Node 0: IpmiIfc poll thread exiting"},
-                      {LOG_INFO, "Node 0: IpmiIfc polling thread stopped."},
-                      {LOG_DEBUG, "Node 0: IpmiIfc shutting down"},
-                      {LOG_DEBUG, "Node 0: IpmiIfc::waitState (12) called"},
-                      {LOG_DEBUG, "Node 0: IpmiIfc::waitState (8) called"},
-                      {LOG_DEBUG, "Poll loop ended, shutting down"}}));
+    EXPECT_EQ(takeLines(), (Lines{"Node 0: IpmiIfc poll thread exiting",
+                                  "6 Node 0: IpmiIfc polling thread stopped.",
+                                  "Node 0: IpmiIfc shutting down",
+                                  "Node 0: IpmiIfc::waitState (12) called",
+                                  "Node 0: IpmiIfc::waitState (8) called",
+                                  "Poll loop ended, shutting down"}));
 }
 
 TEST_F(Lifecycle, failedStartsLeaveNothingOpen)
 {
     removeDevice();
+    const auto lowestFreeDescriptor = [] {
+        const int fd = open("/dev/null", O_RDONLY);
+        close(fd);
+        return fd;
+    };
     const int before = lowestFreeDescriptor();
     for (int i = 0; i < 3; ++i)
         IpmiIfc::start(0);
@@ -307,23 +294,16 @@ TEST_F(Lifecycle, failedStartsLeaveNothingOpen)
 
 TEST_F(Lifecycle, theSelCountIsTriedTenTimes)
 {
-    startNode(0);
-    waitUntilRunning();
+    runNode();
     selFailures = 3;
-    EXPECT_EQ(poll(IpmiIfc::POLL_NORMAL), "ssss");
+    EXPECT_EQ(poll(), "ssss");
     Seam::takeLog();
     selFailures = 10;
-    EXPECT_EQ(poll(IpmiIfc::POLL_NORMAL), "ssssssssss");
-    const auto log = Seam::takeLog();
-    const auto times = [&](int priority, const char* text) {
-        return std::count(log.begin(), log.end(),
-                          Seam::LogLine{priority, text});
-    };
-    EXPECT_EQ(times(LOG_DEBUG, "Retrying IpmiIfcSelGetInfo"), 1);
-    EXPECT_EQ(
-        times(LOG_WARNING, "Could not get SEL info for node 0 after 10 tries"),
-        1);
-    stopNode();
+    EXPECT_EQ(poll(), "ssssssssss");
+    const auto log = takeLines();
+    EXPECT_EQ(log.count("Retrying IpmiIfcSelGetInfo"), 1u);
+    EXPECT_EQ(log.count("4 Could not get SEL info for node 0 after 10 tries"),
+              1u);
 }
 
 TEST_F(Lifecycle, theIntervalIsInUnitsOfSixteenSeconds)
@@ -337,13 +317,11 @@ TEST_F(Lifecycle, theIntervalIsInUnitsOfSixteenSeconds)
     IpmiIfc::setPollingInterval(3);
     EXPECT_TRUE(
         Seam::waitForLog("Node 0: IpmiIfc::poll sleeping for 48 second(s)"));
-    stopNode();
 }
 
 TEST_F(Lifecycle, aPollOfTypeNoneDoesNothing)
 {
-    startNode(0);
-    waitUntilRunning();
+    runNode();
     const int before = pollCount();
     takeCalls();
     std::thread caller{[] {
@@ -361,7 +339,6 @@ TEST_F(Lifecycle, aPollOfTypeNoneDoesNothing)
     }
     caller.join();
     EXPECT_EQ(takeCalls(), "s");
-    stopNode();
 }
 
 // The first call of a process scales the steps: a process a row. Four records
@@ -369,8 +346,7 @@ TEST_F(Lifecycle, aPollOfTypeNoneDoesNothing)
 TEST_F(Lifecycle, theFirstRequestScalesTheSteps)
 {
     bool shutdown = true; // Nodes 1 to 3 never start.
-    startNode(0);
-    waitUntilRunning();
+    runNode();
     IpmiIfc::pollAll(20, false, IpmiIfc::POLL_NORMAL, &shutdown);
     EXPECT_EQ(SKIP_SDR_STEP, 600);
     EXPECT_EQ(SKIP_FRU_STEP, 600);
@@ -378,19 +354,16 @@ TEST_F(Lifecycle, theFirstRequestScalesTheSteps)
         "Shutdown signal received. Returning from IpmiIfc::pollAll()"));
     IpmiIfc::pollAll(2, false, IpmiIfc::POLL_NORMAL, &shutdown);
     EXPECT_EQ(SKIP_SDR_STEP, 600) << "once in a process";
-    stopNode();
 }
 
 TEST_F(Lifecycle, countsOutsideTheTableServeTheRecordsThatExist)
 {
-    startNode(0);
-    waitUntilRunning();
+    runNode();
     IpmiIfc::pollAll(0, false, IpmiIfc::POLL_NORMAL, nullptr);
     IpmiIfc::pollAll(-3, true, IpmiIfc::POLL_NORMAL, nullptr);
     EXPECT_EQ(SKIP_SDR_STEP, 0);
-    setPollCount(7);
-    EXPECT_EQ(poll(IpmiIfc::POLL_NORMAL), "sdl") << "a step of 0 counts as 1";
-    stopNode();
+    pollCount(7);
+    EXPECT_EQ(poll(), "sdl") << "a step of 0 counts as 1";
 }
 
 // Stand-ins for polling threads of all four records.
@@ -400,13 +373,11 @@ TEST_F(Lifecycle, fullPollsAreSharedOut)
     {
         int nodeCount;
         bool postponed[NODE_COUNT];
-    } cases[] = {
-        {1, {false}},
-        {4, {false, true, true, true}},
-        {8, {false, true, true, true}},
-        {9, {false, false, true, true}},
-        {20, {false, false, false, true}},
-    };
+    } cases[] = {{1, {}},
+                 {4, {false, true, true, true}},
+                 {8, {false, true, true, true}},
+                 {9, {false, false, true, true}},
+                 {20, {false, false, false, true}}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.nodeCount);
         for (auto& node : g_IpmiNode) {
@@ -415,7 +386,7 @@ TEST_F(Lifecycle, fullPollsAreSharedOut)
             node.pollCount = 15;
         }
         IpmiIfc::pollAll(c.nodeCount, false, IpmiIfc::POLL_NORMAL, nullptr);
-        for (int i = 0; i < std::min(c.nodeCount, int(NODE_COUNT)); ++i) {
+        for (int i = 0; i < c.nodeCount && i < int(NODE_COUNT); ++i) {
             VEK::MutexLock lock{g_IpmiNode[i].pollMutex};
             EXPECT_EQ(g_IpmiNode[i].pollCount, c.postponed[i] ? 14 : 15)
                 << "node " << i;
@@ -425,52 +396,30 @@ TEST_F(Lifecycle, fullPollsAreSharedOut)
 
 TEST_F(Lifecycle, aStartThatFails)
 {
+    using Seam::Call;
+    const std::string flags = "100 UnnamedPipe::UnnamedPipe: fcntl(g_IpmiNode["
+                              "NodeNum].signalCmdPipeFds[";
     const struct
     {
-        const char* what;
-        void (*arrange)();
-        CMPIrc rc;
-        const char* text;
+        Call call; ///< `count`: all go well, but the user is not root.
+        int nth;
+        std::string text;
     } cases[] = {
-        {"not root", [] { Seam::setUserId(1000); }, CMPI_RC_ERR_ACCESS_DENIED,
-         "Only root user allowed"},
-        {"no pipe", [] { Seam::failNth(Seam::Call::pipe, 1, EMFILE); },
-         CMPI_RC_ERROR_SYSTEM, "UnnamedPipe::UnnamedPipe: pipe failed"},
-        {"reading flags, read end",
-         [] { Seam::failNth(Seam::Call::getFlags, 1, EBADF); },
-         CMPI_RC_ERROR_SYSTEM,
-         "UnnamedPipe::UnnamedPipe: fcntl(g_IpmiNode[NodeNum]."
-         "signalCmdPipeFds[FD_READ], F_GETFL, 0) failed"},
-        {"setting flags, read end",
-         [] { Seam::failNth(Seam::Call::setFlags, 1, EBADF); },
-         CMPI_RC_ERROR_SYSTEM,
-         "UnnamedPipe::UnnamedPipe: fcntl(g_IpmiNode[NodeNum]."
-         "signalCmdPipeFds[FD_READ], F_SETFL, fdflags) failed"},
-        {"reading flags, write end",
-         [] { Seam::failNth(Seam::Call::getFlags, 2, EBADF); },
-         CMPI_RC_ERROR_SYSTEM,
-         "UnnamedPipe::UnnamedPipe: fcntl(g_IpmiNode[NodeNum]."
-         "signalCmdPipeFds[FD_WRITE], F_GETFL, 0) failed"},
-        {"setting flags, write end",
-         [] { Seam::failNth(Seam::Call::setFlags, 2, EBADF); },
-         CMPI_RC_ERROR_SYSTEM,
-         "UnnamedPipe::UnnamedPipe: fcntl(g_IpmiNode[NodeNum]."
-         "signalCmdPipeFds[FD_WRITE], F_SETFL, fdflags) failed"},
+        {Call::count, 1, "2 Only root user allowed"},
+        {Call::pipe, 1, "100 UnnamedPipe::UnnamedPipe: pipe failed"},
+        {Call::getFlags, 1, flags + "FD_READ], F_GETFL, 0) failed"},
+        {Call::setFlags, 1, flags + "FD_READ], F_SETFL, fdflags) failed"},
+        {Call::getFlags, 2, flags + "FD_WRITE], F_GETFL, 0) failed"},
+        {Call::setFlags, 2, flags + "FD_WRITE], F_SETFL, fdflags) failed"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        c.arrange();
-        Seam::takeLog();
-        try {
-            IpmiIfc::start(0);
-            ADD_FAILURE() << "start returned";
-        } catch (const CmpiStatus& e) {
-            EXPECT_EQ(e.rc(), c.rc);
-        }
-        const auto log = Seam::takeLog();
-        EXPECT_EQ(log[log.size() - 2].text,
-                  "CmpiStatus error " + std::to_string(c.rc) + " " + c.text);
-        EXPECT_EQ(log.back().text, "Node 0: IpmiIfc polling thread stopped.");
+        Seam::setUserId(c.call == Call::count ? 1000 : 0);
+        if (c.call != Call::count)
+            Seam::failNth(c.call, c.nth, EBADF);
+        EXPECT_THROW(IpmiIfc::start(0), CmpiStatus);
+        const auto log = texts(Seam::takeLog());
+        EXPECT_EQ(log[log.size() - 2], "CmpiStatus error " + c.text);
+        EXPECT_EQ(log.back(), "Node 0: IpmiIfc polling thread stopped.");
         EXPECT_EQ(IpmiIfc::getState(), IpmiIfc::STATE_STOPPED);
         Seam::setUserId(0);
     }
@@ -480,43 +429,34 @@ TEST_F(Lifecycle, aDeviceThatDoesNotOpen)
 {
     removeDevice();
     IpmiIfc::start(2, 1);
-    EXPECT_EQ(texts(Seam::takeLog()),
-              (std::vector<std::string>{
-                  "Node 2: IpmiIfc::start(1)",
-                  "IPMI Node 0: _changeState check passed",
-                  "Node 0: IpmiIfc starting initialization",
-                  "IpmiIfcOpenIpmiOpen: open(/dev/ipmi0, RDWR) failed 2 No "
-                  "such file or directory",
-                  "Node 0: Unable to open node, Error(2):No such file or "
-                  "directory",
-                  "IPMI Node 0: _changeState check passed",
-                  "Node 0: IpmiIfc polling thread stopped."}));
-    EXPECT_EQ(
-        IpmiIfc::waitState(IpmiIfc::STATE_RUNNING | IpmiIfc::STATE_STOPPED),
-        IpmiIfc::STATE_STOPPED);
+    const auto log = texts(Seam::takeLog());
+    ASSERT_EQ(log.size(), 7u);
+    EXPECT_EQ(log[0], "Node 2: IpmiIfc::start(1)");
+    EXPECT_EQ(log[2], "Node 0: IpmiIfc starting initialization");
+    EXPECT_EQ(log[3], "IpmiIfcOpenIpmiOpen: open(/dev/ipmi0, RDWR) failed 2 No "
+                      "such file or directory");
+    EXPECT_EQ(log[4], "Node 0: Unable to open node, Error(2):No such file or "
+                      "directory");
+    EXPECT_EQ(IpmiIfc::getState(), IpmiIfc::STATE_STOPPED);
     EXPECT_EQ(takeCalls(), "");
     IpmiIfc::stop();
 }
 
 TEST_F(Lifecycle, aStopBeforeTheStartHasEnded)
 {
-    for (const char* when : {"before the start", "in the first exchange"}) {
-        SCOPED_TRACE(when);
+    for (const bool started : {false, true}) {
         resetNode();
         serve({"cmd=01,lost"});
-        std::thread stopper;
-        if (std::string{when} == "before the start") {
-            stopper = std::thread{[] {
-                IpmiIfc::stop();
-            }};
-            Seam::waitForLog("Node 0: IpmiIfc shutting down");
-            startNode(0);
-        } else {
+        if (started) {
             startNode(0);
             waitForExchange();
-            stopper = std::thread{[] {
-                IpmiIfc::stop();
-            }};
+        }
+        std::thread stopper{[] {
+            IpmiIfc::stop();
+        }};
+        if (!started) {
+            Seam::waitForLog("Node 0: IpmiIfc shutting down");
+            startNode(0);
         }
         stopper.join();
         joinNode();
@@ -528,8 +468,7 @@ TEST_F(Lifecycle, aStopBeforeTheStartHasEnded)
 TEST_F(Lifecycle, aStopWhileAnotherThreadWaitsForAnAnswer)
 {
     serve({"netfn=00,cmd=01,lost"});
-    startNode(0);
-    waitUntilRunning();
+    runNode();
     int result = 0;
     std::thread caller{[&] {
         result = sendChassisStatus();
@@ -544,20 +483,18 @@ TEST_F(Lifecycle, aStopWhileAnotherThreadWaitsForAnAnswer)
 
 TEST_F(Lifecycle, aNodeAnswersAgainWhenItsDeviceIsBack)
 {
-    startNode(0);
-    waitUntilRunning();
+    runNode();
     removeDevice();
     EXPECT_EQ(sendChassisStatus(), 0xff);
     Seam::takeLog();
-    poll(IpmiIfc::POLL_NORMAL);
-    poll(IpmiIfc::POLL_NORMAL);
+    poll();
+    poll();
     EXPECT_EQ(logged("the IPMI device is lost"), 1);
     EXPECT_EQ(sendChassisStatus(), 0xff);
     returnDevice();
-    poll(IpmiIfc::POLL_NORMAL);
+    poll();
     EXPECT_EQ(logged("the IPMI device is open again"), 1);
     EXPECT_EQ(sendChassisStatus(), 0);
-    stopNode();
 }
 
 } // namespace

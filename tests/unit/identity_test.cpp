@@ -22,44 +22,28 @@ TEST(Identity, theTextsOfADeviceId)
 {
     const struct
     {
-        const char* what;
         std::initializer_list<uint8_t> bytes;
-        const char *ipmi, *firmware, *manufacturer;
+        const char* texts;
     } cases[] = {
-        {"whole",
-         {0, 0x20, 1, 0x02, 0x10, 0x02, 0xbf, 0xa2, 0x02, 0x00, 1, 0, 0, 0, 0,
-          0},
-         "2.0",
-         "2.10",
-         "Dell Inc."},
-        {"1.5, top bits of the major revision, a minor below 10",
-         {0, 0x20, 1, 0xc1, 0x05, 0x51, 0xbf, 0xff, 0xff, 0xff, 1, 0},
-         "1.5",
-         "1.5",
-         "Unknown"},
-        {"bytes missing are 0", {0, 0x20, 1, 0x3f}, "0.0", "63.0", "Unknown"},
-        {"three bytes of maker", // 0x0051ee
-         {0, 0x20, 1, 1, 0, 2, 0, 0xee, 0x51, 0x00},
-         "2.0",
-         "1.0",
-         "American Megatrends, Inc"},
-        {"a maker above 16 bits", // 674 and a third byte
-         {0, 0x20, 1, 1, 0, 2, 0, 0xa2, 0x02, 0x01},
-         "2.0",
-         "1.0",
-         "Unknown"},
+        {{0, 0x20, 1, 2, 0x10, 2, 0xbf, 0xa2, 2}, "2.0|2.10|Dell Inc."},
+        // The major revision has seven bits; a minor one below 10.
+        {{0, 0x20, 1, 0xc1, 5, 0x51, 0, 255, 255, 255}, "1.5|1.5|Unknown"},
+        {{0, 0x20, 1, 0x3f}, "0.0|63.0|Unknown"}, // missing ones are 0
+        // A maker's three bytes.
+        {{0, 0x20, 1, 1, 0, 2, 0, 0xee, 0x51, 0},
+         "2.0|1.0|American Megatrends, Inc"},
+        {{0, 0x20, 1, 1, 0, 2, 0, 0xa2, 2, 1}, "2.0|1.0|Unknown"},
+    };
+    const auto texts = [] {
+        return IpmiIfc::GetBmcIpmiVersion() + "|" + IpmiIfc::GetBmcFWVersion() +
+               "|" + IpmiIfc::GetBmcManufacturer();
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
         InitIpmiNode(0);
-        EXPECT_EQ(IpmiIfc::GetBmcIpmiVersion(), "n/a");
-        EXPECT_EQ(IpmiIfc::GetBmcFWVersion(), "n/a");
-        EXPECT_EQ(IpmiIfc::GetBmcManufacturer(), "n/a");
+        EXPECT_EQ(texts(), "n/a|n/a|n/a");
         auto resp = answer(c.bytes);
         EXPECT_EQ(IpmiIfcRhGetDeviceId(&resp), 0);
-        EXPECT_EQ(IpmiIfc::GetBmcIpmiVersion(), c.ipmi);
-        EXPECT_EQ(IpmiIfc::GetBmcFWVersion(), c.firmware);
-        EXPECT_EQ(IpmiIfc::GetBmcManufacturer(), c.manufacturer);
+        EXPECT_EQ(texts(), c.texts);
     }
     uint8_t id[3], length = 3;
     EXPECT_EQ(IpmiIfc::getManufacturerId(id, length), 0);

@@ -1,6 +1,8 @@
 // The bytes below were recorded between QEMU 7.2 and a Linux 6.1 guest, except
 // where a row says that it is broken.
 #include <gtest/gtest.h>
+#include <numeric>
+#include <sstream>
 
 #include "sim/fault/fault.h"
 #include "sim/link/session.h"
@@ -11,69 +13,49 @@ namespace Sim
 namespace
 {
 
+Bytes hex(const std::string& text)
+{
+    std::istringstream in{text};
+    Bytes bytes;
+    for (int byte; in >> std::hex >> byte;)
+        bytes.push_back(uint8_t(byte));
+    return bytes;
+}
+
+const Bytes getDeviceId = hex("00 18 01 E7 A0");
+
 TEST(SimLink, requestsDecode)
 {
     const struct
     {
-        const char* what;
-        Bytes wire;
-        uint8_t sequence, netFn, lun, command;
-        Bytes data;
+        const char* wire;
+        const char* decoded; ///< Sequence, function, LUN, command, data; or "".
     } rows[] = {
-        {"no data", {0x00, 0x18, 0x01, 0xE7, 0xA0}, 0x00, 0x06, 0, 0x01, {}},
-        {"escaped checksum",
-         {0x09, 0x18, 0x2E, 0x07, 0xAA, 0xBA, 0xA0},
-         0x09,
-         0x06,
-         0,
-         0x2E,
-         {0x07}},
-        {"each byte that has to be escaped",
-         {0x15, 0x28, 0x44, 0xAA, 0xB0, 0xAA, 0xB1, 0xAA, 0xBA, 0xB0, 0x10,
-          0xD4, 0xA0},
-         0x15,
-         0x0A,
-         0,
-         0x44,
-         {0xA0, 0xA1, 0xAA, 0xB0, 0x10}},
-        {"another lun", {0x01, 0x1B, 0x01, 0xE3, 0xA0}, 1, 0x06, 3, 0x01, {}},
+        {"00 18 01 E7 A0", "00 06 00 01"},
+        {"09 18 2E 07 AA BA A0", "09 06 00 2E 07"}, // escaped checksum
+        // Each byte that has to be escaped.
+        {"15 28 44 AA B0 AA B1 AA BA B0 10 D4 A0",
+         "15 0A 00 44 A0 A1 AA B0 10"},
+        {"01 1B 01 E3 A0", "01 06 03 01"}, // another LUN
+        {"A0", ""},
+        {"00 18 E8 A0", ""},       // no command
+        {"00 18 01 E8 A0", ""},    // wrong sum
+        {"00 18 01 E7 AA A0", ""}, // ends in an escape
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        Bytes received = row.wire;
+        SCOPED_TRACE(row.wire);
+        Bytes received = hex(row.wire), decoded;
         const auto frame = takeFrame(received);
         ASSERT_TRUE(frame);
         EXPECT_TRUE(received.empty());
         EXPECT_EQ(frame->kind, LinkKind::Message);
-        const auto message = decodeRequest(frame->body);
-        ASSERT_TRUE(message);
-        EXPECT_EQ(message->sequence, row.sequence);
-        EXPECT_EQ(message->request.netFn, row.netFn);
-        EXPECT_EQ(message->request.lun, row.lun);
-        EXPECT_EQ(message->request.command, row.command);
-        EXPECT_EQ(message->request.data, row.data);
-        EXPECT_EQ(encodeFrame(*frame), row.wire);
-    }
-}
-
-TEST(SimLink, brokenRequestsAreNoRequests)
-{
-    const struct
-    {
-        const char* what;
-        Bytes wire;
-    } rows[] = {
-        {"nothing", {0xA0}},
-        {"no command", {0x00, 0x18, 0xE8, 0xA0}},
-        {"wrong sum", {0x00, 0x18, 0x01, 0xE8, 0xA0}},
-        {"ends in an escape", {0x00, 0x18, 0x01, 0xE7, 0xAA, 0xA0}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        Bytes received = row.wire;
-        const auto frame = takeFrame(received);
-        ASSERT_TRUE(frame);
-        EXPECT_FALSE(decodeRequest(frame->body));
+        if (const auto message = decodeRequest(frame->body)) {
+            const Request& r = message->request;
+            decoded = {message->sequence, r.netFn, r.lun, r.command};
+            append(decoded, r.data);
+            EXPECT_EQ(encodeFrame(*frame), hex(row.wire));
+        }
+        EXPECT_EQ(decoded, hex(row.decoded));
     }
 }
 
@@ -92,42 +74,43 @@ TEST(SimLink, framesAreTakenAsTheyBecomeWhole)
     EXPECT_TRUE(decodeRequest(frame->body));
 }
 
-TEST(SimLink, answersRepeatTheSequenceAndEscape)
+FaultSet faultSet(const std::string& rule)
 {
-    LinkRequest request;
-    request.sequence = 0x12;
-    Outcome outcome;
-    outcome.netFn = 0x07;
-    outcome.command = 0x01;
-    outcome.bytes = {0x00, 0x20, 0x01, 0xA0, 0xA1, 0x02,
-                     0xAA, 0x01, 0x02, 0x03, 0x04, 0x05};
-    EXPECT_EQ(
-        encodeAnswer(request, outcome),
-        (Bytes{0x12, 0x1C, 0x01, 0x00, 0x20, 0x01, 0xAA, 0xB0, 0xAA, 0xB1,
-               0x02, 0xAA, 0xBA, 0x01, 0x02, 0x03, 0x04, 0x05, 0xB4, 0xA0}));
+    Mistake mistake;
+    FaultSet faults;
+    faults.add(*parseFault(rule, mistake));
+    return faults;
 }
 
 struct Machine
 {
-    explicit Machine(std::chrono::milliseconds latency = {},
-                     FaultSet faults = {})
-        : controller{std::make_unique<Bmc>(state()), std::move(faults), latency}
+    explicit Machine(int latencyMs = 0, FaultSet faults = {})
+        : controller{std::make_unique<Bmc>(state()), std::move(faults),
+                     std::chrono::milliseconds{latencyMs}}
     {}
 
-    /// Silent to command 55h.
+    /// Silent to command 55h; another controller at 72h of channel 6.
     static BmcState state()
     {
         BmcState state;
         state.messaging.emplace();
         state.answers = {{0x06, 0x55, {}, {}}};
+        state.channels = {{6, 1, 1}};
+        state.satellites.emplace_back();
+        state.satellites[0].busChannel = 6;
+        state.satellites[0].address = 0x72;
+        state.satellites[0].identity.product = 0x1234;
         return state;
+    }
+    auto replies(const Bytes& bytes)
+    {
+        return session.receive(bytes.data(), bytes.size()).replies;
     }
     /// What is sent back, without its delays.
     std::vector<Bytes> send(const Bytes& bytes)
     {
         std::vector<Bytes> frames;
-        for (const LinkReply& reply :
-             session.receive(bytes.data(), bytes.size()).replies)
+        for (const LinkReply& reply : replies(bytes))
             frames.push_back(reply.frame);
         return frames;
     }
@@ -139,13 +122,12 @@ struct Machine
 TEST(SimLink, answersInOrderAndSkipsWhatIsBroken)
 {
     Machine machine;
-    const auto frames = machine.send({0xFF, 0x01, 0xA1,             //
-                                      0x07, 0x18, 0x55, 0x8C, 0xA0, // mute
-                                      0x08, 0x18, 0x01, 0x00, 0xA0, // bad
-                                      0x09, 0x18, 0xFE, 0xE1, 0xA0, //
-                                      0x0B, 0x18, 0xFE, 0xDF, 0xA0});
+    // A command without an answer, a wrong sum, and two that are right.
+    const auto frames = machine.send(
+        hex("FF 01 A1 07 18 55 8C A0 08 18 01 00 A0 09 18 FE E1 A0 "
+            "0B 18 FE DF A0"));
     ASSERT_EQ(frames.size(), 2u);
-    EXPECT_EQ(frames[0], (Bytes{0x09, 0x1C, 0xFE, 0xC1, 0x1C, 0xA0}));
+    EXPECT_EQ(frames[0], hex("09 1C FE C1 1C A0"));
     EXPECT_EQ(frames[1][0], 0x0B);
 }
 
@@ -153,13 +135,10 @@ TEST(SimLink, interruptsAreEnabledOnceTheMachineWantsThem)
 {
     const Bytes enable = {0x05, 0xA1};
     Machine machine;
-    EXPECT_EQ(machine.send({0x05, 0x18, 0x2E, 0x04, 0xB1, 0xA0}).size(), 1u);
+    EXPECT_EQ(machine.send(hex("05 18 2E 04 B1 A0")).size(), 1u);
     EXPECT_TRUE(machine.session.connected().replies.empty());
-    const auto frames =
-        machine.send({0x09, 0x18, 0x2E, 0x07, 0xAA, 0xBA, 0xA0});
-    ASSERT_EQ(frames.size(), 2u);
-    EXPECT_EQ(frames[0], (Bytes{0x09, 0x1C, 0x2E, 0x00, 0xAD, 0xA0}));
-    EXPECT_EQ(frames[1], enable);
+    EXPECT_EQ(machine.send(hex("09 18 2E 07 AA BA A0")),
+              (std::vector<Bytes>{hex("09 1C 2E 00 AD A0"), enable}));
     const auto again = machine.session.connected().replies;
     ASSERT_EQ(again.size(), 1u);
     EXPECT_EQ(again[0].frame, enable);
@@ -168,56 +147,39 @@ TEST(SimLink, interruptsAreEnabledOnceTheMachineWantsThem)
 TEST(SimLink, eventsCallForAttentionUntilTheyAreRead)
 {
     const Bytes attention = {0x02, 0xA1};
-    const Bytes request = {0x00, 0x18, 0x01, 0xE7, 0xA0};
     Machine machine;
     machine.controller.bmc().queueEvent(Bytes(16));
-    const auto frames = machine.send(request);
+    const auto frames = machine.send(getDeviceId);
     ASSERT_EQ(frames.size(), 2u);
     EXPECT_EQ(frames[1], attention);
-    EXPECT_EQ(machine.send(request).size(), 1u);
+    EXPECT_EQ(machine.send(getDeviceId).size(), 1u);
     EXPECT_EQ(machine.session.connected().replies.size(), 1u);
-    machine.send({0x0A, 0x18, 0x35, 0xA9, 0xA0});
+    machine.send(hex("0A 18 35 A9 A0"));
     EXPECT_TRUE(machine.session.connected().replies.empty());
 }
 
 /// What the driver makes of a Get Device ID (LUN 0) to 72h on channel 6, but
 /// for its request's sequence number and frame.
-const Bytes bridgedDeviceId = {0x06, 0x72, 0x18, 0x76, 0x20, 0x0A, 0x01, 0xD5};
+const Bytes bridgedDeviceId = hex("06 72 18 76 20 0A 01 D5");
 
 TEST(SimLink, messagesToOtherControllersAreAnsweredThroughTheQueue)
 {
-    BmcState state = Machine::state();
-    state.channels = {{6, 1, 1}};
-    state.satellites.emplace_back();
-    state.satellites[0].busChannel = 6;
-    state.satellites[0].address = 0x72;
-    state.satellites[0].identity.product = 0x1234;
-    Mistake mistake;
-    FaultSet faults;
-    faults.add(*parseFault("cmd=01,nth=2,silence", mistake));
-    Controller controller{std::make_unique<Bmc>(state), faults,
-                          std::chrono::milliseconds{5}};
-    LinkSession session{controller};
-    const auto send = [&](uint8_t command, const Bytes& data) {
-        Bytes body{0x00, 0x18, command};
-        append(body, data);
-        uint8_t sum = 0;
-        for (uint8_t byte : body)
-            sum = uint8_t(sum + byte);
-        body.push_back(uint8_t(-sum));
-        const Bytes frame = encodeFrame({LinkKind::Message, body});
-        return session.receive(frame.data(), frame.size()).replies;
-    };
-    auto replies = send(0x34, bridgedDeviceId);
+    Machine machine{5, faultSet("cmd=01,nth=2,silence")};
+    Controller& controller = machine.controller;
+    Bytes body{0x00, 0x18, 0x34};
+    append(body, bridgedDeviceId);
+    body.push_back(uint8_t(-std::accumulate(body.begin(), body.end(), 0)));
+    const Bytes frame = encodeFrame({LinkKind::Message, body});
+    const auto replies = machine.replies(frame);
     ASSERT_EQ(replies.size(), 2u);
     EXPECT_EQ(replies[1].frame, (Bytes{0x02, 0xA1})); // attention
     EXPECT_EQ(replies[1].delay, std::chrono::milliseconds{10});
     EXPECT_EQ(controller.exchange({6, 0x31, {}}).bytes, (Bytes{0, 1}));
-    EXPECT_EQ(controller.exchange({6, 0x33, {}}).bytes,
-              (Bytes{0, 6, 0x1E, 0xC2, 0x72, 0x08, 0x01, 0,    0x20, 0,
-                     0, 0, 0x02, 0,    0,    0,    0,    0x34, 0x12, 0x1D}));
+    EXPECT_EQ(
+        controller.exchange({6, 0x33, {}}).bytes,
+        hex("00 06 1E C2 72 08 01 00 20 00 00 00 02 00 00 00 00 34 12 1D"));
     EXPECT_EQ(controller.exchange({6, 0x33, {}}).bytes, Bytes{0x80});
-    EXPECT_EQ(send(0x34, bridgedDeviceId).size(), 1u); // silent: refused
+    EXPECT_EQ(machine.send(frame).size(), 1u); // silent: refused
     Bytes wrongSum = bridgedDeviceId, nobody = bridgedDeviceId;
     wrongSum.back() ^= 1;
     nobody[1] = 0x70;
@@ -229,13 +191,9 @@ TEST(SimLink, messagesToOtherControllersAreAnsweredThroughTheQueue)
 
 TEST(SimLink, aVanishedControllerDropsTheLink)
 {
-    Mistake mistake;
-    FaultSet faults;
-    faults.add(*parseFault("cmd=01,vanish=1000", mistake));
-    Machine machine{{}, faults};
-    const Bytes request = {0x00, 0x18, 0x01, 0xE7, 0xA0};
+    Machine machine{0, faultSet("cmd=01,vanish=1000")};
     const LinkStep step =
-        machine.session.receive(request.data(), request.size());
+        machine.session.receive(getDeviceId.data(), getDeviceId.size());
     EXPECT_TRUE(step.vanish);
     EXPECT_EQ(step.away, std::chrono::seconds{1});
     EXPECT_TRUE(step.replies.empty());
@@ -243,11 +201,8 @@ TEST(SimLink, aVanishedControllerDropsTheLink)
 
 TEST(SimLink, answersThatWouldBeTooLateAreDropped)
 {
-    const Bytes request = {0x00, 0x18, 0x01, 0xE7, 0xA0};
-    EXPECT_EQ(Machine{std::chrono::milliseconds{3500}}.send(request).size(),
-              1u);
-    EXPECT_EQ(Machine{std::chrono::milliseconds{3501}}.send(request).size(),
-              0u);
+    EXPECT_EQ(Machine{3500}.send(getDeviceId).size(), 1u);
+    EXPECT_EQ(Machine{3501}.send(getDeviceId).size(), 0u);
 }
 
 TEST(SimLink, aNewConnectionBeginsWithAWholeFrame)
@@ -255,7 +210,7 @@ TEST(SimLink, aNewConnectionBeginsWithAWholeFrame)
     Machine machine;
     machine.send({0x00, 0x18});
     machine.session.connected();
-    EXPECT_EQ(machine.send({0x00, 0x18, 0x01, 0xE7, 0xA0}).size(), 1u);
+    EXPECT_EQ(machine.send(getDeviceId).size(), 1u);
 }
 
 } // namespace

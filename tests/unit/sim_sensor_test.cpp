@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <set>
 
 #include "sim/profile/profile.h"
 
@@ -117,13 +118,12 @@ TEST(SimSensor, readingsFollowAScriptOverTheModelsClock)
     Bmc same = noise;
     noise.setClock([&] { return now; });
     same.setClock([&] { return now; });
-    std::map<int, int> seen;
+    std::set<int> seen;
     for (int64_t at = 0; at < 200; ++at) {
-        ++seen[reading(noise, at).at(1)];
+        seen.insert(reading(noise, at).at(1));
         EXPECT_EQ(reading(noise, at), reading(same, at)) << at;
     }
-    EXPECT_EQ(seen.size(), 7u);
-    EXPECT_EQ(seen.begin()->first, 47);
+    EXPECT_EQ(seen, (std::set<int>{47, 48, 49, 50, 51, 52, 53}));
 }
 
 TEST(SimSensor, anotherControllerOwnsItsSensors)

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <glob.h>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -75,7 +76,6 @@ private:
 void pollCase(const std::vector<int>&)
 {
     Node node;
-    node.poll();
     node.poll();
     expect(getDeviceId() == 0, "no answer to Get Device ID");
     Ipmi::ipmiifc_device_id id{};
@@ -148,21 +148,17 @@ void unbindCase(const std::vector<int>&)
 
 int main(int argc, char** argv)
 {
-    const struct
-    {
-        const char* name;
-        void (*run)(const std::vector<int>&);
-    } cases[] = {{"poll", pollCase},
-                 {"stop-in-flight", stopInFlightCase},
-                 {"unbind", unbindCase}};
+    const std::map<std::string, void (*)(const std::vector<int>&)> cases{
+        {"poll", pollCase},
+        {"stop-in-flight", stopInFlightCase},
+        {"unbind", unbindCase}};
     std::vector<int> numbers;
     for (int i = 2; i < argc; ++i)
         numbers.push_back(int(std::strtol(argv[i], nullptr, 0)));
-    for (const auto& one : cases) {
-        if (argc < 2 || std::string(argv[1]) != one.name)
-            continue;
+    const auto found = cases.find(argc < 2 ? "" : argv[1]);
+    if (found != cases.end()) {
         try {
-            one.run(numbers);
+            found->second(numbers);
             return 0;
         } catch (const std::exception& error) {
             std::fprintf(stderr, "%s\n", error.what());
