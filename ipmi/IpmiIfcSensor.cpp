@@ -85,6 +85,7 @@ int IpmiIfcSensorGetReading(int number, ipmiifc_sensor_reading_list* entry)
         return resp->cc;
     }
     std::copy_n(resp->data, sizeof entry->data, entry->data);
+    entry->length = resp->data_len;
     return 0;
 }
 
@@ -215,11 +216,13 @@ std::shared_ptr<IpmiSensor> build(IpmiNode& node, const ipmiifc_sdr_list& entry,
 
 void readFirst(IpmiNode& node, ipmiifc_sdr_list& entry, IpmiSensor& sensor)
 {
-    ipmiifc_sensor_reading_list request{nullptr, &entry, {}};
+    ipmiifc_sensor_reading_list request{nullptr, &entry, {}, 0};
     const int result = IpmiIfcSensorGetReading(numberOf(node), &request);
     sensor.noteResult(result);
-    if (result == 0)
+    if (result == 0) {
         sensor.setReading(request.data);
+        sensor.setReadingLength(request.length);
+    }
 }
 
 // One record, which may turn out to be no sensor.
@@ -321,7 +324,7 @@ Refresh refreshReading(IpmiNode& node, ipmiifc_sdr_list& entry,
                sensor.getSensorNumber());
         return Refresh::passedOver;
     }
-    ipmiifc_sensor_reading_list request{nullptr, &entry, {}};
+    ipmiifc_sensor_reading_list request{nullptr, &entry, {}, 0};
     const int result = IpmiIfcSensorGetReading(numberOf(node), &request);
     sensor.noteResult(result);
     if (hasSoftwareOwner(viewOf(entry)))
@@ -331,8 +334,10 @@ Refresh refreshReading(IpmiNode& node, ipmiifc_sdr_list& entry,
                "IpmiIfcSensorUpdateReading: failed send to get reading.");
         return Refresh::nothingSent;
     }
-    if (result == 0)
+    if (result == 0) {
         sensor.setReading(request.data);
+        sensor.setReadingLength(request.length);
+    }
     return Refresh::done;
 }
 

@@ -19,6 +19,7 @@ struct ipmiifc_sensor_reading_list
     ipmiifc_sensor_reading_list* next;
     ipmiifc_sdr_list* sdr; ///< The record; null once it was freed.
     uint8_t data[8];       ///< The answer, completion code first.
+    int length;            ///< Bytes that came, in data or behind it.
 };
 
 /// Makes the node's sensors anew from its records. 0, or -1 for a node

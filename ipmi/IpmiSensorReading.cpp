@@ -52,6 +52,7 @@ IpmiSensorReading IpmiSensor::lastReading() const
     last.valid = valid_;
     last.attempted = attempted_;
     load(last.bytes, reading_);
+    last.length = readingLength_;
     last.time = readingTime_;
     load(last.thresholds, thresholdReading_);
     load(last.hysteresis, hysteresis_);
@@ -92,6 +93,12 @@ void IpmiSensor::setReading(const unsigned char* bytes)
     readingTime_ = wholeSecondsNow();
 }
 
+void IpmiSensor::setReadingLength(int length)
+{
+    const int most = int(sizeof reading_);
+    readingLength_ = static_cast<uint8_t>(std::clamp(length, 0, most));
+}
+
 void IpmiSensor::setThresholdReading(const unsigned char* bytes)
 {
     store(thresholdReading_, bytes);
@@ -129,7 +136,7 @@ void IpmiSensor::getSDReading()
     if (code == 0) {
         store(reading_, answer);
         readingTime_ = wholeSecondsNow();
-        readingLength_ = uint8_t(std::min<size_t>(length, sizeof reading_));
+        setReadingLength(length);
     } else if (code == notPresent) {
         attempted_ = 0;
         return;

@@ -59,7 +59,9 @@ Status statusOf(const CLI::App& app, const CLI::ParseError& error,
 
 void addNotes(CLI::App& subcommand, const std::string& text)
 {
-    subcommand.footer(text + "\n\n" + footer);
+    // health has statuses of its own, which its text tells.
+    const bool own = subcommand.get_name() == "health";
+    subcommand.footer(own ? text : text + "\n\n" + footer);
 }
 
 bool parse(int argc, char** argv, Options& options, Run& run, Status& status)

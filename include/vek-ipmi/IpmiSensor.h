@@ -53,6 +53,7 @@ struct IpmiSensorReading
                       ///< sensor is absent.
     uint8_t bytes[5]; ///< Get Sensor Reading answer, completion code first
                       ///< (IPMI v2.0, 35.14).
+    uint8_t length;   ///< How many of the five bytes came.
     int64_t time;     ///< Microseconds since 1970 of the last good reading, in
                       ///< whole seconds; 0: none.
     uint8_t thresholds[8]; ///< Get Sensor Thresholds answer, completion code
@@ -184,6 +185,8 @@ public:
 
     /// Stores the answer of Get Sensor Reading (5 bytes) as read now.
     void setReading(const unsigned char* bytes);
+    /// How many of the bytes the controller sent.
+    void setReadingLength(int length);
     /// Stores the answer of Get Sensor Thresholds (8 bytes).
     void setThresholdReading(const unsigned char* bytes);
     /// Keeps the result of a request for the sensor's reading, and how often

@@ -119,7 +119,7 @@ TEST(Health, hasTheStatusesOfMonitoringPlugins)
     const char usage[] = "VEK-IPMI UNKNOWN - mistake on the command line\n";
     check({
         {"critical", "$sim -- $tool health", 2, "@health.txt",
-         "packaged one is used"},
+         "packaged table is used"},
         {"well", "$sim --profile moving -- $tool health", 0,
          "VEK-IPMI WELL - none of 5 sensors is unwell\n", "note: "},
         {"as JSON", "$sim -- $tool health --json | head -n 40", 0,

@@ -24,6 +24,15 @@ int numberOfThresholds(unsigned passed)
     return passed ? degraded : well;
 }
 
+// What is not known (0 and 1) is worse than well.
+bool isBetter(int a, int b)
+{
+    const auto rank = [](int number) {
+        return number == well ? -1 : number;
+    };
+    return rank(a) < rank(b);
+}
+
 // The library judges several states by the highest; here the worst counts, so
 // that a failed drive which is a hot spare as well is a failed drive.
 int numberOfStates(const Sensor& sensor)
@@ -36,8 +45,16 @@ int numberOfStates(const Sensor& sensor)
     int worst = numberOf(sensor.stateBits);
     for (unsigned bit = 1; bit <= sensor.stateBits; bit <<= 1)
         if (sensor.stateBits & bit)
-            worst = std::max(worst, numberOf(bit));
+            worst = std::max(worst, numberOf(bit), isBetter);
     return worst;
+}
+
+// Classes for which the table is asked at all: 0 is the answer of a rule there.
+bool hasRules(uint8_t eventReadingType)
+{
+    const bool generic = eventReadingType >= 0x03 && eventReadingType <= 0x0C &&
+                         eventReadingType != 0x08;
+    return generic || eventReadingType == 0x6F;
 }
 
 Health withoutState(Condition condition)
@@ -85,6 +102,8 @@ void judge(Sensor& sensor)
                               ? numberOfStates(sensor)
                               : numberOfThresholds(sensor.stateBits);
     sensor.health = healthOf(sensor.healthNumber);
+    if (sensor.healthNumber == 0 && hasRules(sensor.eventReadingType))
+        sensor.health = Health::unknown;
 }
 
 } // namespace Tool

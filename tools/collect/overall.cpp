@@ -20,10 +20,12 @@ enum class Counts
 
 // A machine that is switched off has no readings of its fans, and CDh, that
 // the sensor is none to be read, is an answer for good.
+// A state that the table itself calls unknown says nothing about the machine.
 bool isSilenceNormal(const Sensor& sensor)
 {
     constexpr int illegal = 0xCD;
-    return sensor.condition == Condition::noReading ||
+    return sensor.condition == Condition::read ||
+           sensor.condition == Condition::noReading ||
            sensor.condition == Condition::scanningOff ||
            (sensor.condition == Condition::refused &&
             sensor.lastResult == illegal);
@@ -53,7 +55,7 @@ Health healthFrom(Counts worst, const Overall& overall)
         return Health::critical;
     if (worst == Counts::degraded)
         return Health::degraded;
-    const bool blind = overall.repository.missing() != 0 || overall.count == 0;
+    const bool blind = overall.repository.missing() != 0 || overall.judged == 0;
     return worst == Counts::unknown || blind ? Health::unknown : Health::well;
 }
 
@@ -75,6 +77,10 @@ Overall overallOf(const std::vector<Sensor>& sensors,
             overall.notJudged.push_back(sensor);
         else if (counts != Counts::well)
             overall.notWell.push_back(sensor);
+        const bool known = counts == Counts::well ||
+                           counts == Counts::degraded ||
+                           counts == Counts::critical;
+        overall.judged += known ? 1 : 0;
         if (counts <= Counts::critical)
             worst = std::max(worst, counts);
     }

@@ -128,8 +128,11 @@ bool isOutOfReach(const Sensor& sensor, Condition& why)
     return true;
 }
 
-Condition conditionOf(const Ipmi::IpmiSensorReading& last)
+// An answer without flags says nothing; one without states nothing of a
+// discrete sensor.
+Condition conditionOf(const Ipmi::IpmiSensorReading& last, bool discrete)
 {
+    constexpr unsigned flagsEnd = 3, statesEnd = 4;
     switch (last.lastResult) {
     case 0:
         break;
@@ -141,12 +144,13 @@ Condition conditionOf(const Ipmi::IpmiSensorReading& last)
     default:
         return Condition::refused;
     }
-    if (!last.valid)
+    if (!last.valid || last.length < flagsEnd)
         return Condition::notAnswering;
     if (!(last.bytes[2] & flagScanning))
         return Condition::scanningOff;
-    return last.bytes[2] & flagUnavailable ? Condition::noReading
-                                           : Condition::read;
+    const bool noStates = discrete && last.length < statesEnd;
+    return noStates || last.bytes[2] & flagUnavailable ? Condition::noReading
+                                                       : Condition::read;
 }
 
 // Discrete sensors often carry factors that mean nothing.
@@ -162,7 +166,7 @@ void collectReading(const Ipmi::IpmiSensor& from,
     to.lastResult = last.lastResult;
     if (isOutOfReach(to, to.condition))
         return;
-    to.condition = conditionOf(last);
+    to.condition = conditionOf(last, to.discrete);
     if (last.valid) {
         to.answer.assign(std::begin(last.bytes), std::end(last.bytes));
         from.getReadingTime(to.time);
@@ -174,8 +178,7 @@ void collectReading(const Ipmi::IpmiSensor& from,
     to.stateBits = to.discrete ? (last.bytes[3] | last.bytes[4] << 8) & 0x7FFF
                                : last.bytes[3] & 0x3F;
     to.states = from.getStates();
-    if (!to.discrete)
-        std::reverse(to.states.begin(), to.states.end());
+    std::reverse(to.states.begin(), to.states.end());
 }
 
 // Where a full record keeps the default of each (IPMI v2.0, 43.1).

@@ -110,7 +110,7 @@ struct Sensor
     std::string time;   ///< Of the reading, ISO 8601; may be empty.
     std::optional<Value> reading;
     unsigned stateBits = 0;
-    std::vector<std::string> states; ///< The worst passed threshold first.
+    std::vector<std::string> states; ///< The highest first: what matters.
     std::array<Threshold, Ipmi::THRESHOLD_COUNT> thresholds;
     std::optional<Hysteresis> hysteresis;
 

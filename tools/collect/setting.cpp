@@ -67,12 +67,11 @@ void restoreThresholds(Device& device, const Sensor& sensor)
           commands::setSensorThresholds, "thresholds not restored");
 }
 
-void readThresholds(Device& device, Sensor& sensor)
+void readThresholds(Device& device, Sensor& sensor, const std::string& failed)
 {
     const Answer answer =
         device.exchange(commands::getSensorThresholds, {sensor.number});
-    check(answer.completion, commands::getSensorThresholds,
-          "thresholds not read back");
+    check(answer.completion, commands::getSensorThresholds, failed);
     const auto object = existing(sensor);
     for (unsigned i = 0; i < sensor.thresholds.size(); ++i) {
         const bool here = !answer.data.empty() && 1 + i < answer.data.size() &&

@@ -20,7 +20,8 @@ void writeThresholds(Device& device, const Sensor& sensor,
 void restoreThresholds(Device& device, const Sensor& sensor);
 
 /// Get Sensor Thresholds (35.9), into the sensor.
-void readThresholds(Device& device, Sensor& sensor);
+/// @param failed what a refusal means.
+void readThresholds(Device& device, Sensor& sensor, const std::string& failed);
 
 /// Get and Set Sensor Hysteresis (35.6, 35.7).
 Hysteresis readHysteresis(Device& device, const Sensor& sensor);

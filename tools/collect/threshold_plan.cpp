@@ -126,6 +126,14 @@ void checkOrder(const Sensor& sensor,
     }
 }
 
+// IPMI v2.0, 35.5: such a sensor has factors for each reading.
+bool isNonLinear(const Sensor& sensor)
+{
+    constexpr size_t linearisationAt = 23;
+    return sensor.record.size() > linearisationAt &&
+           (sensor.record[linearisationAt] & 0x7F) >= 0x70;
+}
+
 } // namespace
 
 bool PlannedThreshold::isExact() const
@@ -168,6 +176,9 @@ std::vector<PlannedThreshold> planThresholds(const Sensor& sensor,
     checkAccess(sensor);
     if (!sensor.convertible)
         refuse(sensor, "its record has no factors to convert values with");
+    if (isNonLinear(sensor))
+        refuse(sensor, "its factors vary with the reading (linearisation 70h "
+                       "to 7Fh)");
     std::vector<PlannedThreshold> planned;
     for (unsigned i = 0; i < wanted.size(); ++i)
         if (wanted[i])

@@ -114,11 +114,31 @@ void send(Device& device, const Sensor& sensor, EventEnable flags,
     writeEventEnable(device, sensor, flags, change);
 }
 
+// What the controller says afterwards. With messages off it tells no events.
+void checkChange(const EventEnable& now, const EventEnable& wanted,
+                 const Masks& enable, const Masks& disable)
+{
+    const auto differs = [](const std::optional<unsigned>& mask, unsigned on,
+                            unsigned off) {
+        return mask && ((*mask & on) != on || (*mask & off) != 0);
+    };
+    if (now.messages == wanted.messages && now.scanning == wanted.scanning &&
+        !differs(now.assertion, enable.assertion, disable.assertion) &&
+        !differs(now.deassertion, enable.deassertion, disable.deassertion))
+        return;
+    throw Failure{Status::failed,
+                  "the controller reports other events than were set",
+                  "See what it has with: vek-ipmi events SENSOR"};
+}
+
 void set(Device& device, const Sensor& sensor, const Arguments& arguments)
 {
     checkSupport(sensor, arguments);
     const Masks enable = masksOf(sensor, arguments.enable);
     const Masks disable = masksOf(sensor, arguments.disable);
+    if (enable.assertion & disable.assertion ||
+        enable.deassertion & disable.deassertion)
+        refuse(sensor, "an event is to be switched both on and off");
     EventEnable flags = readEventEnable(device, sensor);
     if (!arguments.messages.empty())
         flags.messages = arguments.messages == "on";
@@ -130,6 +150,7 @@ void set(Device& device, const Sensor& sensor, const Arguments& arguments)
         send(device, sensor, flags, enable, EventChange::enable);
     if (!arguments.disable.empty())
         send(device, sensor, flags, disable, EventChange::disable);
+    checkChange(readEventEnable(device, sensor), flags, enable, disable);
 }
 
 Status run(const std::string& what, const Change& change,
@@ -140,8 +161,11 @@ Status run(const std::string& what, const Change& change,
     {
         Device device;
         const Inventory inventory = readInventory(device);
-        sensor = findSensor(inventory.sensors, what);
+        sensor = findForWriting(inventory, what);
         refuseSatellite(sensor);
+        if (sensor.condition == Condition::eventOnly)
+            refuse(sensor, "the controller does not read it, it only sends "
+                           "them and cannot be asked");
         change(device, sensor);
         enable = readEventEnable(device, sensor);
     }
@@ -178,7 +202,7 @@ void addSet(CLI::App& events, Run& runs)
              "Examples:\n"
              "  vek-ipmi events set \"Inlet Temp\" --enable uc-high --enable "
              "unc-high:begins\n"
-             "  vek-ipmi events set \"PS Redundancy\" --messages off");
+             "  vek-ipmi events set \"PSU Redundancy\" --messages off");
     app->callback([arguments, &runs] {
         runs = [arguments](const Options& options) {
             return run(

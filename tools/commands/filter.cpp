@@ -51,7 +51,7 @@ Words thresholdWords(const Sensor& sensor)
 Words stateWordsOf(const Sensor& sensor)
 {
     if (sensor.condition == Condition::refused)
-        return {"refused"};
+        return {"refused", stateText(sensor)};
     Words words;
     if (sensor.condition != Condition::read || sensor.states.empty())
         return {stateText(sensor)};

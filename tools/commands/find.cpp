@@ -24,14 +24,25 @@ Found select(const std::vector<Sensor>& sensors,
     return found;
 }
 
+// An event-only record may repeat the number of a sensor that can be read.
+Found byDeviceId(const std::vector<Sensor>& sensors, const std::string& what)
+{
+    const auto isIt = [&](const Sensor& sensor) {
+        return sensor.deviceId == what;
+    };
+    const Found readable = select(sensors, [&](const Sensor& sensor) {
+        return isIt(sensor) && sensor.condition != Condition::eventOnly;
+    });
+    return readable.size() == 1 ? readable : select(sensors, isIt);
+}
+
 // A device id is what tells sensors apart, so it goes first; a name in other
 // letters is a guess, so it goes last.
 Found candidates(const std::vector<Sensor>& sensors, const std::string& what)
 {
     uint8_t number = 0;
     const bool isNumber = readByte(what, number);
-    Found found = select(
-        sensors, [&](const Sensor& sensor) { return sensor.deviceId == what; });
+    Found found = byDeviceId(sensors, what);
     if (found.empty())
         found = select(sensors, [&](const Sensor& sensor) {
             return sensor.name == what || sensor.idString == what ||
@@ -55,10 +66,14 @@ std::string listOf(const Found& found)
 
 } // namespace
 
-const Sensor& findSensor(const std::vector<Sensor>& sensors,
-                         const std::string& what)
+const Sensor& findSensor(const Inventory& inventory, const std::string& what)
 {
-    const Found found = candidates(sensors, what);
+    const Found found = candidates(inventory.sensors, what);
+    if (found.empty() && inventory.repository.missing() != 0)
+        throw Failure{Status::failed,
+                      "no sensor '" + what + "' among the records that could " +
+                          "be read; " + missingText(inventory.repository),
+                      "Try again."};
     if (found.empty())
         throw Failure{Status::usage, "no sensor '" + what + "'",
                       "List them with: vek-ipmi sensors (--all for what is no "
@@ -69,6 +84,18 @@ const Sensor& findSensor(const std::vector<Sensor>& sensors,
                           " sensors; name one by its device id:",
                       listOf(found)};
     return *found.front();
+}
+
+const Sensor& findForWriting(const Inventory& inventory,
+                             const std::string& what)
+{
+    const Sensor& sensor = findSensor(inventory, what);
+    if (inventory.repository.missing() == 0 || sensor.deviceId == what)
+        return sensor;
+    throw Failure{Status::failed,
+                  "'" + what + "' might fit another sensor as well: " +
+                      missingText(inventory.repository),
+                  "Try again, or name it by its device id: " + sensor.deviceId};
 }
 
 void refuseSatellite(const Sensor& sensor)

@@ -2,7 +2,7 @@
 #ifndef VEK_TOOLS_COMMANDS_FIND_H
 #define VEK_TOOLS_COMMANDS_FIND_H
 
-#include "tools/collect/sensor.h"
+#include "tools/commands/inventory.h"
 
 namespace Tool
 {
@@ -13,9 +13,14 @@ constexpr char sensorHelp[] =
 
 /// The one sensor of that device id, name or number.
 /// @throws Failure with status usage when it fits none, or several: which it
-///     is of those is never guessed.
-const Sensor& findSensor(const std::vector<Sensor>& sensors,
-                         const std::string& what);
+///     is of those is never guessed; status failed for none while records are
+///     missing.
+const Sensor& findSensor(const Inventory& inventory, const std::string& what);
+
+/// The same for a command that writes: while records are missing, which might
+/// fit as well, only a device id says which sensor it is.
+const Sensor& findForWriting(const Inventory& inventory,
+                             const std::string& what);
 
 /// Commands about settings go to the controller itself, whoever owns a sensor.
 /// @throws Failure for a sensor that is not the controller's at LUN 0.

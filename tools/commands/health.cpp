@@ -35,8 +35,10 @@ Status statusOf(Health health)
 void noteSource(HealthSource source)
 {
     if (source == HealthSource::packaged)
-        std::cerr << "vek-ipmi: note: no table in " << healthTablePath
-                  << "; the packaged one is used\n";
+        std::cerr
+            << "vek-ipmi: note: no rules in " << healthTablePath
+            << " (missing, or none that can be read); the packaged table is "
+               "used\n";
 }
 
 Status judgeAll(const Options& options)
@@ -71,9 +73,16 @@ Status check(const std::string& path, const Options& options)
     if (!file)
         throw Failure{Status::failed,
                       "cannot read " + path + ": " + strerror(errno), ""};
+    file.peek(); // a folder opens, too
+    if (file.bad())
+        throw Failure{Status::failed, "cannot read " + path, "Is it a file?"};
     const HealthTable table = checkHealthTable(file);
+    if (table.rules == 0 && table.problems == 0)
+        complain({Status::failed, path + " has no rules",
+                  "The packaged table is used instead of it."});
     put(options.json ? toText(toJson(table)) : toText(table));
-    return table.problems == 0 ? Status::done : monitoringUnknown;
+    return table.problems == 0 && table.rules != 0 ? Status::done
+                                                   : monitoringUnknown;
 }
 
 constexpr char explanation[] =
@@ -86,9 +95,9 @@ constexpr char explanation[] =
     "packaged one without that. Sensors that are absent or are never read do\n"
     "not count. Those without a reading, those that are none to be read (CDh)\n"
     "and states without a rule are listed, and do not count either. Sensors "
-    "that do not answer, records that could\n"
-    "not be read, and a controller without sensors make it unknown, unless\n"
-    "something is degraded or critical.\n\n"
+    "that\n"
+    "do not answer, records that could not be read, and nothing that could be\n"
+    "judged make it unknown, unless something is degraded or critical.\n\n"
     "Examples:\n"
     "  vek-ipmi health\n"
     "  vek-ipmi health --check /etc/sfcb/vek/sensor_health";

@@ -114,7 +114,9 @@ Status run(const Arguments& arguments, const Options& options)
     {
         Device device;
         const Inventory inventory = readInventory(device);
-        sensor = findSensor(inventory.sensors, arguments.sensor);
+        sensor = arguments.writes()
+                     ? findForWriting(inventory, arguments.sensor)
+                     : findSensor(inventory, arguments.sensor);
         refuseSatellite(sensor);
         checkSupport(sensor, arguments.writes());
         sensor.hysteresis = readHysteresis(device, sensor);

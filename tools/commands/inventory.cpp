@@ -14,18 +14,21 @@ Inventory readInventory(Device& device)
     return inventory;
 }
 
+std::string missingText(const Repository& repository)
+{
+    const auto text = [](unsigned count) {
+        return std::to_string(count);
+    };
+    return "only " + text(repository.read()) + " of " + text(repository.total) +
+           " sensor data records were read (" + text(repository.headers) +
+           " found, " + text(repository.failed) + " unreadable)";
+}
+
 Status complainOfMissing(const Repository& repository)
 {
     if (repository.missing() == 0)
         return Status::done;
-    const auto text = [](unsigned count) {
-        return std::to_string(count);
-    };
-    complain({Status::failed,
-              "only " + text(repository.read()) + " of " +
-                  text(repository.total) + " sensor data records were read (" +
-                  text(repository.headers) + " found, " +
-                  text(repository.failed) + " unreadable)",
+    complain({Status::failed, missingText(repository),
               "Try again; --verbose shows the codes that the controller "
               "gave."});
     return Status::failed;

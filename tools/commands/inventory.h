@@ -18,6 +18,9 @@ struct Inventory
 /// @throws Failure without a repository.
 Inventory readInventory(Device& device);
 
+/// "only 90 of 105 sensor data records were read (...)"
+std::string missingText(const Repository& repository);
+
 /// One complaint when records are missing; done when there are none, else
 /// failed.
 Status complainOfMissing(const Repository& repository);

@@ -43,7 +43,7 @@ Status run(const Arguments& arguments, const Options& options)
         inventory = readInventory(device);
     }
     const Status status = complainOfMissing(inventory.repository);
-    const Sensor& sensor = findSensor(inventory.sensors, arguments.sensor);
+    const Sensor& sensor = findSensor(inventory, arguments.sensor);
     put(options.json ? inJson(sensor, arguments.raw)
                      : inTable(sensor, arguments.raw));
     return status;

@@ -1,6 +1,7 @@
 // vek-ipmi sensors
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <memory>
 
 #include "tools/commands/commands.h"
@@ -34,6 +35,23 @@ Listing listingOf(const Arguments& arguments, const Inventory& inventory)
     return listing;
 }
 
+// Nothing came back, not even the driver's time-out: the device is gone or
+// the controller hangs.
+Status complainOfUnasked(const std::vector<Sensor>& sensors)
+{
+    const auto count =
+        std::count_if(sensors.begin(), sensors.end(), [](const Sensor& sensor) {
+            return sensor.condition == Condition::notAnswering &&
+                   sensor.lastResult == -1;
+        });
+    if (count == 0)
+        return Status::done;
+    complain({Status::failed,
+              std::to_string(count) + " sensors could not be asked",
+              "Look for the device with: vek-ipmi info"});
+    return Status::failed;
+}
+
 Status runOnce(const Arguments& arguments, const Options& options)
 {
     Listing listing;
@@ -43,7 +61,18 @@ Status runOnce(const Arguments& arguments, const Options& options)
     }
     put(options.json ? toText(toJson(listing))
                      : toTable(listing, Terminal::ofOutput()));
-    return complainOfMissing(listing.repository);
+    const Status unasked = complainOfUnasked(listing.sensors);
+    const Status missing = complainOfMissing(listing.repository);
+    return missing == Status::done ? unasked : missing;
+}
+
+std::string timeOfNow()
+{
+    const time_t now = time(nullptr);
+    char text[32] = "";
+    tm fields{};
+    strftime(text, sizeof text, "%FT%TZ", gmtime_r(&now, &fields));
+    return text;
 }
 
 std::string draw(const Arguments& arguments, bool json)
@@ -52,7 +81,7 @@ std::string draw(const Arguments& arguments, bool json)
     const Inventory inventory{repositorySoFar(), collectSensors()};
     const Listing listing = listingOf(arguments, inventory);
     return json ? toJson(listing).dump() + '\n'
-                : toTable(listing, Terminal::ofOutput());
+                : timeOfNow() + '\n' + toTable(listing, Terminal::ofOutput());
 }
 
 Status run(const Arguments& arguments, const Options& options)

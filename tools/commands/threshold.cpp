@@ -25,6 +25,8 @@ struct Arguments
     WantedThresholds wanted;
 };
 
+constexpr char setNotRead[] = "thresholds were set, but not read back";
+
 using Change = std::function<Status(Device&, Sensor&)>;
 
 void noteDifferences(const Sensor& sensor,
@@ -60,11 +62,16 @@ Status compare(const Sensor& sensor,
 
 Status set(Device& device, Sensor& sensor, const WantedThresholds& wanted)
 {
+    const Conversion conversion = conversionOf(*objectOf(sensor));
+    // Refused for good before anything is sent, and once more for the order
+    // with the thresholds as they are now.
+    planThresholds(sensor, conversion, wanted);
+    readThresholds(device, sensor, "thresholds not read, and so not set");
     const std::vector<PlannedThreshold> planned =
-        planThresholds(sensor, conversionOf(*objectOf(sensor)), wanted);
+        planThresholds(sensor, conversion, wanted);
     noteDifferences(sensor, planned);
     writeThresholds(device, sensor, planned);
-    readThresholds(device, sensor);
+    readThresholds(device, sensor, setNotRead);
     return compare(sensor, planned);
 }
 
@@ -72,7 +79,7 @@ Status restore(Device& device, Sensor& sensor)
 {
     checkRestorable(sensor);
     restoreThresholds(device, sensor);
-    readThresholds(device, sensor);
+    readThresholds(device, sensor, setNotRead);
     std::vector<PlannedThreshold> planned;
     for (unsigned i = 0; i < sensor.thresholds.size(); ++i) {
         const Threshold& threshold = sensor.thresholds[i];
@@ -109,7 +116,7 @@ Status run(const std::string& what, const Change& change,
     {
         Device device;
         const Inventory inventory = readInventory(device);
-        sensor = findSensor(inventory.sensors, what);
+        sensor = findForWriting(inventory, what);
         refuseSatellite(sensor);
         status = change(device, sensor);
     }

@@ -52,6 +52,8 @@ public:
         int signal = 0;
         sigwait(&set_, &signal);
     }
+    // The next one ends the process as it does any other.
+    void release() const { pthread_sigmask(SIG_UNBLOCK, &set_, nullptr); }
     static void raise() { kill(getpid(), SIGTERM); }
 
 private:
@@ -175,6 +177,10 @@ Status watch(const std::function<std::string()>& draw, bool inPlace)
     signals.wait();
     poller.askToEnd();
     screen.restore();
+    signals.release();
+    const Patience patience{[] {
+        return std::string{"waiting for the last answer ..."};
+    }};
     node.end();
     poller.end();
     return Status::done;

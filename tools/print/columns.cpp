@@ -76,6 +76,12 @@ Columns::Widths Columns::fittingWidths(size_t most) const
     }
 }
 
+bool Columns::fits(const Terminal& terminal) const
+{
+    Widths widths = naturalWidths();
+    return shrink(widths, terminal.width());
+}
+
 std::string Columns::line(const std::vector<Cell>& cells, const Widths& widths,
                           const Terminal& terminal) const
 {
@@ -99,8 +105,11 @@ std::string Columns::text(const Terminal& terminal) const
     for (const Column& column : columns_)
         titles.push_back({column.title, Colour::none});
     std::string text = line(titles, widths, terminal);
-    for (const auto& row : rows_)
-        text += line(row, widths, terminal);
+    for (size_t i = 0; i < rows_.size(); ++i) {
+        text += line(rows_[i], widths, terminal);
+        if (!notes_[i].empty())
+            text += cutToWidth("    " + notes_[i], terminal.width()) + '\n';
+    }
     return text;
 }
 

@@ -30,8 +30,15 @@ public:
     explicit Columns(std::vector<Column> columns) : columns_{std::move(columns)}
     {}
 
-    /// One cell a column.
-    void row(std::vector<Cell> cells) { rows_.push_back(std::move(cells)); }
+    /// One cell a column. A note stands below the row, indented.
+    void row(std::vector<Cell> cells, std::string note = "")
+    {
+        rows_.push_back(std::move(cells));
+        notes_.push_back(std::move(note));
+    }
+
+    /// Whether it fits without leaving a column out.
+    bool fits(const Terminal& terminal) const;
 
     /// All lines, the titles first, each ended.
     std::string text(const Terminal& terminal) const;
@@ -48,6 +55,7 @@ private:
 
     std::vector<Column> columns_;
     std::vector<std::vector<Cell>> rows_;
+    std::vector<std::string> notes_;
 };
 
 } // namespace Tool

@@ -40,7 +40,8 @@ std::string summary(const Overall& overall)
     if (bad == 0)
         return overall.repository.missing() ? "not all records could be read"
                : overall.count == 0         ? "the controller has no sensors"
-                                            : "none of " + all + " is unwell";
+               : overall.judged == 0 ? "none of " + all + " could be judged"
+                                     : "none of " + all + " is unwell";
     std::string text = std::to_string(bad) + " of " + all +
                        (bad == 1 ? " is" : " are") + " not well: ";
     for (size_t i = 0; i < bad && i < most; ++i)

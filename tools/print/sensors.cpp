@@ -55,14 +55,14 @@ std::string inCapitals(std::string text)
 }
 
 // Those that may be left out on a narrow terminal first tell least.
-std::vector<Column> columnsOf(const Listing& listing)
+std::vector<Column> columnsOf(bool thresholds)
 {
     std::vector<Column> columns = {
         {"Name", false, 10, false},  {"Type", false, 7, true},
-        {"Entity", false, 10, true}, {"Reading", true, 0, false},
-        {"State", false, 12, false}, {"Health", false, 0, false},
+        {"Entity", false, 10, true}, {"Reading", true, 12, false},
+        {"State", false, 8, false},  {"Health", false, 0, false},
     };
-    if (listing.thresholds)
+    if (thresholds)
         for (const unsigned threshold : scale)
             columns.push_back(
                 {inCapitals(thresholdKey(threshold)), true, 0, false});
@@ -74,7 +74,7 @@ std::string entityText(const Sensor& sensor)
     return sensor.entityName + " " + std::to_string(sensor.entityInstance);
 }
 
-std::vector<Cell> cellsOf(const Listing& listing, const Sensor& sensor)
+std::vector<Cell> cellsOf(bool thresholds, const Sensor& sensor)
 {
     const Colour colour = colourOf(sensor.health);
     std::vector<Cell> cells = {
@@ -85,7 +85,7 @@ std::vector<Cell> cellsOf(const Listing& listing, const Sensor& sensor)
         {stateText(sensor), colour},
         {healthWord(sensor.health), colour},
     };
-    if (listing.thresholds)
+    if (thresholds)
         for (const unsigned threshold : scale) {
             const auto& value = sensor.thresholds[threshold].value;
             cells.push_back({value ? valueText(*value) : ""});
@@ -93,7 +93,7 @@ std::vector<Cell> cellsOf(const Listing& listing, const Sensor& sensor)
     return cells;
 }
 
-std::vector<Cell> cellsOf(const Listing& listing, const Record& record)
+std::vector<Cell> cellsOf(bool thresholds, const Record& record)
 {
     Sensor sensor;
     if (record.sensor)
@@ -106,7 +106,7 @@ std::vector<Cell> cellsOf(const Listing& listing, const Record& record)
         {std::string{"not shown: "} + rowOf(record.leftOut).word, Colour::dim},
         {"-"},
     };
-    if (listing.thresholds)
+    if (thresholds)
         cells.resize(cells.size() + std::size(scale));
     return cells;
 }
@@ -177,6 +177,34 @@ Json leftOutJson(const Record& record)
     return json;
 }
 
+// "LC 0, LNC 5, UNC 85"
+std::string thresholdsInOneLine(const Sensor& sensor)
+{
+    std::string text;
+    for (const unsigned threshold : scale) {
+        const auto& value = sensor.thresholds[threshold].value;
+        if (value)
+            text += (text.empty() ? "" : ", ") +
+                    inCapitals(thresholdKey(threshold)) + " " +
+                    valueText(*value);
+    }
+    return text;
+}
+
+Columns tableOf(const Listing& listing, bool columns)
+{
+    Columns table{columnsOf(columns)};
+    const bool below = listing.thresholds && !columns;
+    for (const Sensor& sensor : listing.sensors)
+        table.row(cellsOf(columns, sensor),
+                  below ? thresholdsInOneLine(sensor) : "");
+    if (listing.all)
+        for (const Record& record : listing.records)
+            if (record.leftOut != LeftOut::no)
+                table.row(cellsOf(columns, record));
+    return table;
+}
+
 } // namespace
 
 const char* leftOutText(LeftOut rule)
@@ -186,13 +214,10 @@ const char* leftOutText(LeftOut rule)
 
 std::string toTable(const Listing& listing, const Terminal& terminal)
 {
-    Columns table{columnsOf(listing)};
-    for (const Sensor& sensor : listing.sensors)
-        table.row(cellsOf(listing, sensor));
-    if (listing.all)
-        for (const Record& record : listing.records)
-            if (record.leftOut != LeftOut::no)
-                table.row(cellsOf(listing, record));
+    Columns table = tableOf(listing, listing.thresholds);
+    // Where the columns do not fit, what was asked for goes below each row.
+    if (listing.thresholds && !table.fits(terminal))
+        table = tableOf(listing, false);
     return table.text(terminal) + footer(listing);
 }
 
