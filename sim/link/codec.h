@@ -21,7 +21,8 @@ enum class LinkKind : uint8_t
 /// Hardware operations, first byte of the body.
 namespace LinkOperation
 {
-constexpr uint8_t attentionInterrupt = 0x02, enableInterrupt = 0x05;
+constexpr uint8_t noAttention = 0x00, attentionInterrupt = 0x02,
+                  enableInterrupt = 0x05;
 }
 
 struct LinkFrame

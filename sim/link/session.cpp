@@ -85,7 +85,8 @@ void LinkSession::handle(const LinkRequest& message, LinkStep& step)
 }
 
 /// The driver reads until nothing waits, so that only the first event or
-/// message has to be announced.
+/// message has to be announced. Attention that stayed would keep it asking,
+/// and from ever giving the interface up.
 void LinkSession::noticeEvent(LinkStep& step)
 {
     const auto& messaging = controller_.bmc().state().messaging;
@@ -96,6 +97,9 @@ void LinkSession::noticeEvent(LinkStep& step)
         if (step.replies.size() > 1)
             step.replies.back().delay = step.replies.end()[-2].delay;
     }
+    if (!waits && announced_)
+        step.replies.insert(step.replies.begin(),
+                            operation(LinkOperation::noAttention));
     announced_ = waits;
 }
 

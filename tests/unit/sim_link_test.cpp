@@ -179,7 +179,9 @@ TEST(SimLink, messagesToOtherControllersAreAnsweredThroughTheQueue)
         controller.exchange({6, 0x33, {}}).bytes,
         hex("00 06 1E C2 72 08 01 00 20 00 00 00 02 00 00 00 00 34 12 1D"));
     EXPECT_EQ(controller.exchange({6, 0x33, {}}).bytes, Bytes{0x80});
-    EXPECT_EQ(machine.send(frame).size(), 1u); // silent: refused
+    const auto later = machine.replies(frame); // silent: refused
+    ASSERT_EQ(later.size(), 2u);
+    EXPECT_EQ(later[0].frame, (Bytes{0x00, 0xA1})); // no more attention
     Bytes wrongSum = bridgedDeviceId, nobody = bridgedDeviceId;
     wrongSum.back() ^= 1;
     nobody[1] = 0x70;
