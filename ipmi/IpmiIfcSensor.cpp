@@ -197,6 +197,7 @@ void logDropped(const ipmiifc_sdr_list& entry)
         syslog(LOG_DEBUG,
                "dropping sdr, full event_type %x (ID: %x, Type %x)\n", type,
                entry.recordId, entry.recordType);
+    // One type in two places: the line is known as it is.
     if (entry.recordType == compactRecord)
         syslog(LOG_DEBUG,
                "dropping sdr, compact event_type %d, full event_type %d\n",

@@ -260,6 +260,7 @@ protected:
     VEK::Relaxed<int64_t> readingTime_{0};
     VEK::Relaxed<uint8_t> valid_{0};
     VEK::Relaxed<uint8_t> attempted_{0};
+    // Cleared with the first exception of their kind, and read by nobody yet.
     VEK::Relaxed<uint8_t> notAvailableFlag_{1};
     VEK::Relaxed<uint8_t> requestFailedFlag_{1};
     Byte thresholdReading_[8];
