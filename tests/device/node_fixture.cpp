@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <unistd.h>
 
+#include "ipmi/IpmiIfcSdr.h"
 #include "ipmi/IpmiTransport.h"
 #include "sim/fault/fault.h"
 #include "sim/model/bmc.h"
@@ -195,4 +196,29 @@ void NodeFixture::joinNode()
 {
     if (thread_.joinable())
         thread_.join();
+}
+
+void RecordsFixture::SetUp()
+{
+    NodeFixture::SetUp();
+    ASSERT_GE(IpmiIfcOpenIpmiOpen(0), 0);
+}
+
+void RecordsFixture::TearDown()
+{
+    IpmiIfcSdrCleanUpHeaders(0);
+    IpmiIfcSdrCleanUpAll(0);
+    NodeFixture::TearDown();
+}
+
+Sim::BmcState RecordsFixture::stateWith(const std::vector<Bytes>& records)
+{
+    Sim::BmcState state;
+    state.repository.emplace();
+    uint16_t id = 0x10;
+    for (Bytes bytes : records) {
+        bytes[0] = uint8_t(id);
+        state.repository->records.push_back({id++, bytes, {}});
+    }
+    return state;
 }

@@ -66,4 +66,16 @@ private:
     size_t taken_ = 0;
 };
 
+/// The same with the device open and without a polling thread, on controllers
+/// that hold records.
+class RecordsFixture : public NodeFixture
+{
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    /// A controller with these records, under ids from 10h on.
+    static Sim::BmcState stateWith(const std::vector<Bytes>& records);
+};
+
 #endif

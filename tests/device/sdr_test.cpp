@@ -12,32 +12,13 @@ using namespace Ipmi;
 namespace
 {
 
-class Sdr : public NodeFixture
+class Sdr : public RecordsFixture
 {
 protected:
-    void SetUp() override
-    {
-        NodeFixture::SetUp();
-        ASSERT_GE(IpmiIfcOpenIpmiOpen(0), 0);
-    }
-    void TearDown() override
-    {
-        IpmiIfcSdrCleanUpHeaders(0);
-        IpmiIfcSdrCleanUpAll(0);
-        NodeFixture::TearDown();
-    }
-
     /// A controller with these records, ids from 10h on.
     void hold(const std::vector<RecordBytes>& records)
     {
-        Sim::BmcState state;
-        state.repository.emplace();
-        uint16_t id = 0x10;
-        for (RecordBytes bytes : records) {
-            bytes[0] = uint8_t(id);
-            state.repository->records.push_back({id++, bytes, {}});
-        }
-        serveState(std::move(state));
+        serveState(stateWith(records));
     }
     Sim::Repository& repository()
     {

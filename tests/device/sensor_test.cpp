@@ -37,28 +37,12 @@ std::vector<RecordBytes> fiveRecords()
             sensorRecord(3, 5, {{10, 1}}, "Events")};
 }
 
-class Sensors : public NodeFixture
+class Sensors : public RecordsFixture
 {
 protected:
-    void SetUp() override
-    {
-        NodeFixture::SetUp();
-        ASSERT_GE(IpmiIfcOpenIpmiOpen(0), 0);
-    }
-    void TearDown() override
-    {
-        IpmiIfcSdrCleanUpHeaders(0);
-        IpmiIfcSdrCleanUpAll(0);
-        NodeFixture::TearDown();
-    }
-
     void hold(const std::vector<RecordBytes>& records)
     {
-        Sim::BmcState state;
-        state.repository.emplace();
-        uint16_t id = 0x10;
-        for (const RecordBytes& bytes : records)
-            state.repository->records.push_back({id++, bytes, {}});
+        Sim::BmcState state = stateWith(records);
         for (const auto& [channel, address] :
              {std::pair{0, satellite}, {7, thirdController}})
         {
