@@ -58,19 +58,16 @@ bool isQuiet(uint8_t code)
 
 } // namespace
 
-int IpmiIfcSensorGetReading(int number, ipmiifc_sensor_reading_list* entry)
+namespace
 {
-    IpmiNode* const node = nodeRecord(number);
-    if (!node)
-        return notSent;
-    if (!entry->sdr) {
-        syslog(LOG_DEBUG, "IpmiIfcSensorGetReading: sreading->sdr not valid");
-        return noRecord;
-    }
-    const RecordView record = viewOf(*entry->sdr);
+
+// One Get Sensor Reading into the request, whatever its link.
+int requestReading(IpmiNode& node, RecordView record,
+                   ipmiifc_sensor_reading_list& request)
+{
     if (hasSoftwareOwner(record))
         return notSent;
-    const Response resp = askOwner(*node, record, getSensorReading);
+    const Response resp = askOwner(node, record, getSensorReading);
     if (!resp) {
         syslog(LOG_DEBUG,
                "IpmiIfcSensorGetReading: failed send to get reading.");
@@ -84,9 +81,36 @@ int IpmiIfcSensorGetReading(int number, ipmiifc_sensor_reading_list* entry)
                    record.u8(at::number), resp->cc);
         return resp->cc;
     }
-    std::copy_n(resp->data, sizeof entry->data, entry->data);
-    entry->length = resp->data_len;
+    std::copy_n(resp->data, sizeof request.data, request.data);
+    request.length = resp->data_len;
     return 0;
+}
+
+// Asks for a reading and keeps what came of it.
+int readInto(IpmiNode& node, RecordView record, IpmiSensor& sensor)
+{
+    ipmiifc_sensor_reading_list request{};
+    const int result = requestReading(node, record, request);
+    sensor.noteResult(result);
+    if (result == 0) {
+        sensor.setReading(request.data);
+        sensor.setReadingLength(request.length);
+    }
+    return result;
+}
+
+} // namespace
+
+int IpmiIfcSensorGetReading(int number, ipmiifc_sensor_reading_list* entry)
+{
+    IpmiNode* const node = nodeRecord(number);
+    if (!node)
+        return notSent;
+    if (!entry->sdr) {
+        syslog(LOG_DEBUG, "IpmiIfcSensorGetReading: sreading->sdr not valid");
+        return noRecord;
+    }
+    return requestReading(*node, viewOf(*entry->sdr), *entry);
 }
 
 namespace
@@ -215,17 +239,6 @@ std::shared_ptr<IpmiSensor> build(IpmiNode& node, const ipmiifc_sdr_list& entry,
                                                 numberOf(node));
 }
 
-void readFirst(IpmiNode& node, ipmiifc_sdr_list& entry, IpmiSensor& sensor)
-{
-    ipmiifc_sensor_reading_list request{nullptr, &entry, {}, 0};
-    const int result = IpmiIfcSensorGetReading(numberOf(node), &request);
-    sensor.noteResult(result);
-    if (result == 0) {
-        sensor.setReading(request.data);
-        sensor.setReadingLength(request.length);
-    }
-}
-
 // One record, which may turn out to be no sensor.
 void discover(IpmiNode& node, ipmiifc_sdr_list& entry)
     VEK_REQUIRES(node.sdrLock)
@@ -244,7 +257,7 @@ void discover(IpmiNode& node, ipmiifc_sdr_list& entry)
     if (kind != SensorKind::unlisted)
         node.sensors->push_back(sensor);
     if (entry.recordType != eventOnlyRecord)
-        readFirst(node, entry, *sensor);
+        readInto(node, record, *sensor);
 }
 
 // A record that no sensor can be made of leaves the others alone.
@@ -294,21 +307,6 @@ bool isPassedOver(const IpmiSensorReading& last)
     return last.lastResult == notPresent || last.lastResult == illegalForSensor;
 }
 
-/// A sensor's record as an entry of a list, for the time of a request.
-struct BorrowedEntry
-{
-    explicit BorrowedEntry(const IpmiSensor& sensor)
-    {
-        const unsigned char* bytes;
-        int length;
-        sensor.RawRecord(bytes, length);
-        entry.totalLength = static_cast<uint8_t>(length);
-        entry.bytes.reset(new uint8_t[entry.totalLength]);
-        std::copy_n(bytes, entry.totalLength, entry.bytes.get());
-    }
-    ipmiifc_sdr_list entry{};
-};
-
 enum class Refresh
 {
     done,
@@ -316,8 +314,7 @@ enum class Refresh
     nothingSent
 };
 
-Refresh refreshReading(IpmiNode& node, ipmiifc_sdr_list& entry,
-                       IpmiSensor& sensor)
+Refresh refreshReading(IpmiNode& node, RecordView record, IpmiSensor& sensor)
 {
     if (isPassedOver(sensor.lastReading())) {
         syslog(LOG_DEBUG,
@@ -325,19 +322,11 @@ Refresh refreshReading(IpmiNode& node, ipmiifc_sdr_list& entry,
                sensor.getSensorNumber());
         return Refresh::passedOver;
     }
-    ipmiifc_sensor_reading_list request{nullptr, &entry, {}, 0};
-    const int result = IpmiIfcSensorGetReading(numberOf(node), &request);
-    sensor.noteResult(result);
-    if (hasSoftwareOwner(viewOf(entry)))
-        return Refresh::done;
-    if (result == notSent) {
+    const int result = readInto(node, record, sensor);
+    if (result == notSent && !hasSoftwareOwner(record)) {
         syslog(LOG_DEBUG,
                "IpmiIfcSensorUpdateReading: failed send to get reading.");
         return Refresh::nothingSent;
-    }
-    if (result == 0) {
-        sensor.setReading(request.data);
-        sensor.setReadingLength(request.length);
     }
     return Refresh::done;
 }
@@ -356,13 +345,15 @@ bool hasThresholds(RecordView record)
 }
 
 /// False ends the pass.
-bool refresh(IpmiNode& node, const std::shared_ptr<IpmiSensor>& sensor)
+bool refresh(IpmiNode& node, IpmiSensor& sensor)
 {
-    BorrowedEntry borrowed{*sensor};
-    const RecordView record = viewOf(borrowed.entry);
+    const unsigned char* bytes;
+    int length;
+    sensor.RawRecord(bytes, length);
+    const RecordView record{bytes, size_t(length)};
     const uint8_t type = record.u8(at::recordType);
     if (type == fullRecord || type == compactRecord)
-        switch (refreshReading(node, borrowed.entry, *sensor)) {
+        switch (refreshReading(node, record, sensor)) {
         case Refresh::nothingSent:
             return false;
         case Refresh::passedOver:
@@ -371,7 +362,7 @@ bool refresh(IpmiNode& node, const std::shared_ptr<IpmiSensor>& sensor)
             break;
         }
     if (hasThresholds(record))
-        IpmiIfcSensorGetThresholds(numberOf(node), &borrowed.entry, sensor);
+        getThresholds(node, record, sensor);
     return true;
 }
 
@@ -385,7 +376,7 @@ int IpmiIfcSensorUpdateReading(int number)
     if (!node)
         return -1;
     for (const auto& sensor : IpmiIfc::getSensors(number))
-        if (!refresh(*node, sensor))
+        if (!refresh(*node, *sensor))
             break;
     return 0;
 }
