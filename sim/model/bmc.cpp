@@ -11,10 +11,12 @@ namespace Sim
 namespace
 {
 
+constexpr uint8_t netFnSensor = 0x04;
+
 // A new area is one line here.
 const Family* const families[] = {
     &identityFamily,  &systemInfoFamily, &chassisFamily, &channelFamily,
-    &messagingFamily, &sdrFamily,        &sensorFamily,
+    &messagingFamily, &sdrFamily,        &selFamily,     &sensorFamily,
 };
 
 template <class Wanted>
@@ -106,15 +108,18 @@ std::optional<Bytes> Bmc::answer(const Request& request)
 {
     if (script_)
         return script_(request);
-    if (request.channel == systemInterface)
-        return answerHere(request);
-    Bmc* other = reach(request.channel, request.slaveAddress);
-    return other ? other->answerHere(request) : std::nullopt;
+    watchSensors();
+    Bmc* other = request.channel == systemInterface
+                     ? this
+                     : reach(request.channel, request.slaveAddress);
+    auto answer = other ? other->answerHere(request) : std::nullopt;
+    if (request.netFn == netFnSensor)
+        watchSensors(); // its thresholds may be others now
+    return answer;
 }
 
 std::optional<Bytes> Bmc::answerHere(const Request& request)
 {
-    constexpr uint8_t netFnSensor = 0x04;
     for (const FixedAnswer& row : state_.answers)
         if (matches(row, request))
             return row.answer.empty() ? std::nullopt
@@ -141,6 +146,8 @@ void Bmc::start()
         satellites_.emplace_back(std::move(satellite));
     state_.satellites.clear();
     setClock(Clock{clock_});
+    // What is so from the start is no event.
+    watchSensors();
 }
 
 void Bmc::reset()
@@ -171,6 +178,7 @@ void Bmc::setClock(const Clock& clock)
 {
     clock_ = clock;
     started_ = now();
+    watched_ = 0;
     for (Bmc& satellite : satellites_)
         satellite.setClock(clock_);
 }

@@ -13,6 +13,7 @@
 #include "sim/model/message.h"
 #include "sim/model/messaging.h"
 #include "sim/model/sdr.h"
+#include "sim/model/sel.h"
 #include "sim/model/sensor.h"
 #include "sim/model/system_info.h"
 
@@ -41,6 +42,7 @@ struct BmcState
     std::optional<Messaging> messaging;
     std::vector<Channel> channels;
     std::optional<Repository> repository;
+    std::optional<EventLog> eventLog;
     Sensors sensors; ///< By sensorKey.
     /// Further controllers, each on a bus that a channel of this one leads to.
     std::vector<BmcState> satellites;
@@ -88,6 +90,11 @@ public:
     /// The event that has waited longest, if one waits.
     bool takeEvent(Bytes& event);
 
+    /// A record in the log, if there is one and the global enables let it,
+    /// and in the event message buffer, if that is enabled.
+    void logEvent(const EventMessage& event, int64_t secondsAgo = 0);
+    void clearEventLog();
+
     BmcState& state() { return state_; }
     const BmcState& state() const { return state_; }
 
@@ -100,6 +107,12 @@ private:
     std::optional<Bytes> answerHere(const Request& request);
     void start();
 
+    /// Logs what the sensors, its satellites' too, have to tell until now.
+    void watchSensors();
+    void watch(const BmcState& owner, Sensor& sensor, int64_t second);
+    template <class Each>
+    void forEachSensor(const Each& each);
+
     BmcState initial_;
     BmcState state_; ///< Its satellites have moved out.
     std::vector<Bmc> satellites_;
@@ -107,6 +120,7 @@ private:
     Bridge bridge_;
     Script script_;
     int64_t started_ = 0;
+    int64_t watched_ = 0; ///< Seconds since the start, as uptime().
     uint8_t lun_ = 0;
 };
 

@@ -3,31 +3,14 @@
 #include <algorithm>
 
 #include "sim/model/bmc.h"
+#include "sim/model/record.h"
 
 namespace Sim
 {
 namespace
 {
 
-constexpr uint16_t firstRecord = 0x0000, lastRecord = 0xFFFF;
-constexpr uint8_t wholeRecord = 0xFF;
 constexpr uint16_t unitSize = 16;
-
-uint16_t word(const Bytes& data, size_t at)
-{
-    return uint16_t(data[at] | data[at + 1] << 8);
-}
-
-void append16(Bytes& bytes, size_t value)
-{
-    append(bytes, {uint8_t(value), uint8_t(value >> 8)});
-}
-
-void append32(Bytes& bytes, uint32_t value)
-{
-    append16(bytes, value & 0xFFFF);
-    append16(bytes, value >> 16);
-}
 
 /// Two changes within a second can be told apart, too.
 void stamp(uint32_t& time, int64_t now)
@@ -94,19 +77,10 @@ Bytes readRecord(const Repository& repository, uint16_t id, size_t offset,
     const auto record = findRecord(records, id);
     if (record == records.end())
         return {cc::notPresent};
-    const Bytes& bytes = record->bytes;
-    if (count == wholeRecord)
-        count = bytes.size() - std::min(bytes.size(), offset);
-    if (repository.readLimit && count > repository.readLimit)
-        return {cc::cannotReturnBytes};
-    if (offset > bytes.size() || (offset == bytes.size() && count > 0))
-        return {cc::parameterOutOfRange};
-    Bytes answer{cc::ok};
-    append16(answer, record + 1 == records.end() ? lastRecord : record[1].id);
-    const size_t end = std::min(offset + count, bytes.size());
-    answer.insert(answer.end(), bytes.begin() + std::ptrdiff_t(offset),
-                  bytes.begin() + std::ptrdiff_t(end));
-    return answer;
+    const uint16_t next =
+        record + 1 == records.end() ? lastRecord : record[1].id;
+    return answerPiece(record->bytes, next,
+                       {offset, count, repository.readLimit});
 }
 
 Bytes getRecord(Bmc& bmc, const Bytes& data)
@@ -140,8 +114,7 @@ constexpr Command commands[] = {
 
 uint16_t Repository::reserve()
 {
-    lastReservation = lastReservation == 0xFFFF ? 1 : lastReservation + 1;
-    return reservation = lastReservation;
+    return reservation = lastReservation = idAfter(lastReservation);
 }
 
 void Repository::add(SdrRecord record, int64_t now, bool stamped)

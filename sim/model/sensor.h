@@ -4,6 +4,7 @@
 
 #include <array>
 #include <map>
+#include <optional>
 
 #include "sim/model/command.h"
 #include "sim/model/script.h"
@@ -61,6 +62,7 @@ struct Sensor
     std::array<uint8_t, 6> thresholds{};
     uint8_t positiveHysteresis = 0, negativeHysteresis = 0;
     uint8_t exceeded = 0; ///< Thresholds, with hysteresis, at the last look.
+    std::optional<uint16_t> told; ///< What was asserted when events were taken.
     /// By command: instead of what it would answer. Empty: silence.
     std::map<uint8_t, Bytes> answers;
 

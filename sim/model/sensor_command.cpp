@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "sim/model/bmc.h"
+#include "sim/model/record.h"
 #include "sim/model/sensor.h"
 
 namespace Sim
@@ -9,11 +10,6 @@ namespace
 {
 
 using Access = Sensor::Access;
-
-uint16_t word(const Bytes& data, size_t at)
-{
-    return uint16_t(data[at] | data[at + 1] << 8);
-}
 
 /// The command's own part, with the sensor that the first byte names.
 using Serve = Bytes (*)(Sensor& sensor, const Bytes& data);
@@ -146,11 +142,21 @@ Bytes setEventEnable(Sensor& sensor, const Bytes& data)
     return {cc::ok};
 }
 
-/// Without events there is nothing to send again; a threshold whose reading
-/// lies within the hysteresis is well from now on.
-Bytes rearm(Sensor& sensor, const Bytes&)
+/// What is still asserted is told anew; a threshold whose reading lies within
+/// the hysteresis is well from now on, which is no event.
+Bytes rearm(Sensor& sensor, const Bytes& data)
 {
-    sensor.exceeded = 0;
+    constexpr uint8_t selected = 0x80;
+    Bytes masks{data.begin() + 2, data.end()};
+    masks.resize(4);
+    const uint16_t events = data[1] & selected
+                                ? uint16_t(word(masks, 0) | word(masks, 2))
+                                : uint16_t{0xFFFF};
+    if (sensor.told)
+        sensor.told = uint16_t(*sensor.told & ~events);
+    for (size_t at = 0; at < sensor.thresholds.size(); ++at)
+        if (events >> 2 * at & 3)
+            sensor.exceeded = uint8_t(sensor.exceeded & ~(1u << at));
     return {cc::ok};
 }
 

@@ -15,6 +15,7 @@ void describe(Fields& io, Chassis& chassis);
 void describe(Fields& io, Channel& channel);
 void describe(Fields& io, Messaging& messaging);
 void describe(Fields& io, Repository& repository);
+void describe(Fields& io, EventLog& log);
 void describeSensors(Fields& io, Sensors& sensors);
 /// What a sensor does; what it is, its record says.
 void describeBehaviour(Fields& io, Sensor& sensor);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 
 #include "sim/profile/hex.h"
 #include "sim/profile/syntax.h"
@@ -278,6 +279,19 @@ void FieldReader::items(
     }
     for (size_t index = 0; index < json->size(); ++index)
         each((*json)[index], at(key) + '/' + std::to_string(index), index);
+}
+
+void readObject(const std::string& text,
+                const std::function<void(Fields&)>& describe)
+{
+    Mistakes mistakes;
+    const nlohmann::json json = parseJson(text, mistakes);
+    FieldReader reader{json, "", mistakes};
+    describe(reader);
+    reader.finish();
+    if (!mistakes.empty())
+        throw std::invalid_argument{text + ": " + mistakes[0].place + ": " +
+                                    mistakes[0].reason};
 }
 
 } // namespace Sim

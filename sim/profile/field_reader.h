@@ -66,6 +66,11 @@ private:
     std::vector<std::string> asked_;
 };
 
+/// Fills fields from the text of one JSON object. Throws
+/// std::invalid_argument with the first mistake.
+void readObject(const std::string& text,
+                const std::function<void(Fields&)>& describe);
+
 } // namespace Sim
 
 #endif

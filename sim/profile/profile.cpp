@@ -70,6 +70,7 @@ void describe(Fields& io, Profile& profile)
     io.list("channels", profile.state.channels, describe);
     refuseTwins(io, profile.state.channels);
     io.object("repository", profile.state.repository, describe);
+    io.object("eventLog", profile.state.eventLog, describe);
     describeSensors(io, profile.state.sensors);
     io.list("satellites", profile.state.satellites, describeSatellite);
     io.list("answers", profile.state.answers, describe);

@@ -51,6 +51,10 @@ std::unique_ptr<Bmc> builtinProfile(const std::string& name = "two-socket");
 /// Records without an id get the next. Throws std::invalid_argument.
 Repository makeRepository(const std::vector<std::string>& records);
 
+/// An event log of records in the same way; a text that does not begin with a
+/// brace is the bytes of one in hexadecimal.
+EventLog makeEventLog(const std::vector<std::string>& records);
+
 } // namespace Sim
 
 #endif

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 
 #include "sim/model/sdr_record.h"
 #include "sim/profile/describe.h"
@@ -11,7 +10,6 @@
 #include "sim/profile/id_string.h"
 #include "sim/profile/sdr_layout.h"
 #include "sim/profile/sdr_words.h"
-#include "sim/profile/syntax.h"
 
 namespace Sim
 {
@@ -170,15 +168,9 @@ Repository makeRepository(const std::vector<std::string>& records)
 {
     Repository repository;
     for (const std::string& text : records) {
-        Mistakes mistakes;
-        const nlohmann::json json = parseJson(text, mistakes);
-        FieldReader reader{json, "", mistakes};
         repository.records.emplace_back();
-        describe(reader, repository.records.back());
-        reader.finish();
-        if (!mistakes.empty())
-            throw std::invalid_argument{text + ": " + mistakes[0].place + ": " +
-                                        mistakes[0].reason};
+        readObject(
+            text, [&](Fields& io) { describe(io, repository.records.back()); });
     }
     numberRecords(repository.records);
     return repository;
