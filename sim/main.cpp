@@ -105,7 +105,8 @@ int main(int argc, char** argv)
         if (!options.check.empty())
             return check(options);
         if (!options.dump.empty()) {
-            Sim::importSdrFile(options.dump, options.output);
+            Sim::importFile(options.dumpIsLog ? Sim::importSel : Sim::importSdr,
+                            options.dump, options.output);
             return 0;
         }
         return options.serve.empty() ? run(options) : serve(options);

@@ -119,7 +119,14 @@ void nameNext(const Fault& fault, Context& context)
     setWord(context.outcome.bytes, 1, fault.value);
 }
 
-/// Where a repository's information tells how many records there are.
+/// Where an entry of the event log has its own id.
+void nameRecord(const Fault& fault, Context& context)
+{
+    setWord(context.outcome.bytes, 3, fault.value);
+}
+
+/// Where a repository's, and the log's, information tells how many records
+/// there are.
 void lieAboutCount(const Fault& fault, Context& context)
 {
     setWord(context.outcome.bytes, 2, fault.value);
@@ -132,10 +139,35 @@ void changeRepository(const Fault&, Context& context)
         repository->change(context.bmc.now(), stamped);
 }
 
+bool isOfEventLog(const Request& request)
+{
+    return request.netFn == 0x0A && request.command >= 0x40;
+}
+
 void reserveAsOther(const Fault&, Context& context)
 {
-    if (auto& repository = context.bmc.state().repository)
-        repository->reserve();
+    BmcState& state = context.bmc.state();
+    if (isOfEventLog(context.request)) {
+        if (state.eventLog)
+            state.eventLog->reserve();
+    } else if (state.repository) {
+        state.repository->reserve();
+    }
+}
+
+void addEvent(const Fault&, Context& context)
+{
+    constexpr uint8_t systemEvent = 0x12, systemBoot = 0x01;
+    EventMessage event;
+    event.sensorType = systemEvent;
+    event.data[0] = systemBoot;
+    context.bmc.logEvent(event);
+}
+
+void clearEventLog(const Fault&, Context& context)
+{
+    if (context.bmc.state().eventLog)
+        context.bmc.clearEventLog();
 }
 
 void changeNetFn(const Fault& fault, Context& context)
@@ -183,12 +215,15 @@ constexpr FaultAction actions[] = {
     {"change", Phase::Controller, nothing, changeRepository<true>},
     {"change-unstamped", Phase::Controller, nothing, changeRepository<false>},
     {"other-reader", Phase::Controller, nothing, reserveAsOther},
+    {"add-event", Phase::Controller, nothing, addEvent},
+    {"clear-sel", Phase::Controller, nothing, clearEventLog},
     {"cc", Phase::Controller, hexByte, refuse},
     {"out-of-turn", Phase::Controller, nothing, withhold},
     {"cut", Phase::Answer, answerSize, cut},
     {"pad", Phase::Answer, answerSize, pad},
     {"flip", Phase::Answer, flipped, flip},
     {"next-id", Phase::Answer, hexWord, nameNext},
+    {"record-id", Phase::Answer, hexWord, nameRecord},
     {"entries", Phase::Answer, recordCount, lieAboutCount},
     {"answer-netfn", Phase::Answer, hexByte, changeNetFn},
     {"answer-cmd", Phase::Answer, hexByte, changeCommand},

@@ -13,6 +13,10 @@ namespace Sim
 /// record or holds none.
 std::optional<Profile> importSdr(const Bytes& dump, Mistakes& mistakes);
 
+/// A controller with the event log of a file of records of 16 bytes, as
+/// "ipmitool sel writeraw" writes it.
+std::optional<Profile> importSel(const Bytes& dump, Mistakes& mistakes);
+
 } // namespace Sim
 
 #endif

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <memory>
 
-#include "sim/profile/import.h"
 #include "sim/program/failure.h"
 #include "sim/program/report.h"
 
@@ -31,14 +30,14 @@ void writeFile(const std::string& path, const std::string& text)
 
 } // namespace
 
-void importSdrFile(const std::string& dump, const std::string& output)
+void importFile(Import import, const std::string& dump,
+                const std::string& output)
 {
     const auto bytes = readFile(dump);
     if (!bytes)
         fail(dump, std::strerror(errno));
     Mistakes mistakes;
-    const auto profile =
-        importSdr(Bytes{bytes->begin(), bytes->end()}, mistakes);
+    const auto profile = import(Bytes{bytes->begin(), bytes->end()}, mistakes);
     if (!profile)
         fail(dump, describe(mistakes));
     const std::string text = writeProfile(*profile);

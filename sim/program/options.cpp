@@ -40,7 +40,7 @@ class Formatter : public CLI::Formatter
         return "Usage: vek-ipmi-sim [OPTIONS] -- COMMAND [ARGUMENTS]\n"
                "       vek-ipmi-sim [OPTIONS] --serve HOST:PORT\n"
                "       vek-ipmi-sim check PROFILE\n"
-               "       vek-ipmi-sim import sdr FILE [-o PROFILE]\n";
+               "       vek-ipmi-sim import sdr|sel FILE [-o PROFILE]\n";
     }
 };
 
@@ -86,13 +86,18 @@ void declareImport(CLI::App& app, Options& options)
     import->require_subcommand(1);
     CLI::App* sdr = import->add_subcommand(
         "sdr", "Of records as \"ipmitool sdr dump FILE\" writes them");
-    sdr->add_option("FILE", options.dump, "The records")
-        ->required()
-        ->check(checkNotEmpty);
-    sdr->add_option("-o,--output", options.output,
-                    "The profile; else it is printed")
-        ->option_text("PROFILE")
-        ->check(checkNotEmpty);
+    CLI::App* sel = import->add_subcommand(
+        "sel", "Of events as \"ipmitool sel writeraw FILE\" writes them");
+    sel->callback([&options] { options.dumpIsLog = true; });
+    for (CLI::App* kind : {sdr, sel}) {
+        kind->add_option("FILE", options.dump, "The records")
+            ->required()
+            ->check(checkNotEmpty);
+        kind->add_option("-o,--output", options.output,
+                         "The profile; else it is printed")
+            ->option_text("PROFILE")
+            ->check(checkNotEmpty);
+    }
 }
 
 void declare(CLI::App& app, Options& options, double& latencyMs)

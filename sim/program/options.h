@@ -18,6 +18,7 @@ struct Options
     std::string serve;                ///< HOST:PORT; empty: run a command.
     std::string check;                ///< A profile; empty: do not check.
     std::string dump;                 ///< A file to import; empty: none.
+    bool dumpIsLog = false;           ///< Of the event log, not of SDRs.
     std::string output;               ///< Empty: standard output.
     std::vector<std::string> command; ///< With its arguments.
 };

@@ -179,6 +179,8 @@ TEST(SimFault, eachActionDoesWhatItsNameSays)
         {"flip=1:81", answer, changed({{1, 0xA1}})},
         {"flip=12:ff", answer, deviceIdAnswer},
         {"next-id=1234", answer, changed({{1, 0x34}, {2, 0x12}})},
+        {"record-id=1234", answer, changed({{3, 0x34}, {4, 0x12}})},
+        {"clear-sel", answer, deviceIdAnswer}, // there is no log
         {"entries=258", answer, changed({{2, 2}, {3, 1}})},
         {"change", answer, deviceIdAnswer}, // there is no repository
         {"answer-netfn=0b", answer, deviceIdAnswer, 0x0B},
@@ -250,29 +252,36 @@ TEST(SimFault, aResetBringsTheProfileBack)
     EXPECT_EQ(controller->exchange(enables).bytes, (Bytes{0, 0x08}));
 }
 
-TEST(SimFault, theRepositoryChangesUnderItsReader)
+TEST(SimFault, theRepositoryAndTheLogChangeUnderTheirReader)
 {
+    constexpr uint8_t sdr = 0x20, sel = 0x40; // the same commands from there on
     const struct
     {
+        uint8_t first;
         const char* rule;
         uint8_t code;
         uint8_t records;
         bool stamped;
     } cases[] = {
-        {"cc=c0,nth=99", 0, 105, false},
-        {"cmd=get-sdr,change", 0xC5, 104, true},
-        {"cmd=get-sdr,change-unstamped", 0xC5, 104, false},
-        {"cmd=get-sdr,other-reader", 0xC5, 105, false},
-        {"cmd=get-sdr-repository-info,entries=7", 0, 7, false},
+        {sdr, "cc=c0,nth=99", 0, 105, false},
+        {sdr, "cmd=get-sdr,change", 0xC5, 104, true},
+        {sdr, "cmd=get-sdr,change-unstamped", 0xC5, 104, false},
+        {sdr, "cmd=get-sdr,other-reader", 0xC5, 105, false},
+        {sdr, "cmd=get-sdr-repository-info,entries=7", 0, 7, false},
+        {sel, "cmd=get-sel-entry,change", 0, 80, false},
+        {sel, "cmd=get-sel-entry,add-event", 0xC5, 81, true},
+        {sel, "cmd=get-sel-entry,clear-sel", 0xC5, 0, true},
+        {sel, "cmd=get-sel-entry,other-reader", 0xC5, 80, false},
+        {sel, "cmd=get-sel-info,entries=7", 0, 7, false},
     };
     for (const auto& c : cases) {
         Mistakes mistakes;
         auto controller = makeController({"two-socket", {c.rule}}, mistakes);
         ASSERT_TRUE(controller) << c.rule;
-        const Request info{0x0A, 0x20, {}};
+        const Request info{0x0A, c.first, {}};
         const Bytes before = controller->exchange(info).bytes;
-        controller->exchange({0x0A, 0x22, {}});
-        const Request piece{0x0A, 0x23, {1, 0, 1, 0, 2, 1}};
+        controller->exchange({0x0A, uint8_t(c.first + 2), {}});
+        const Request piece{0x0A, uint8_t(c.first + 3), {1, 0, 1, 0, 2, 1}};
         EXPECT_EQ(controller->exchange(piece).bytes.at(0), c.code) << c.rule;
         const Bytes after = controller->exchange(info).bytes;
         EXPECT_EQ(after.at(2), c.records) << c.rule;
