@@ -16,6 +16,7 @@
 #include <iosfwd>
 
 #include <vek-ipmi/IpmiSdrRecord.h>
+#include <vek-ipmi/IpmiSel.h>
 
 namespace Ipmi
 {
@@ -51,6 +52,17 @@ IpmiSdrProgress IpmiIfcSdrGetProgress(int node);
 /// IpmiSensor::lastReading tells how it went. 0; -1 for a number without a
 /// record.
 int IpmiIfcSensorUpdateReading(int node);
+
+/// Asks for the state of the event log; in command-line mode reads the whole
+/// log, for IpmiIfc::getSelData and getSel. No handler is called then.
+/// @param count null, or receives the low byte of the number of entries.
+/// @return 0, or -1 when the controller does not tell about its log. What could
+///     be read is there in any case; IpmiIfcSelGetProgress tells whether that
+///     is all.
+int IpmiIfcSelGetInfo(int node, unsigned short* count);
+
+/// How far a read of the log, on another thread, has come. Takes no lock.
+IpmiSelProgress IpmiIfcSelGetProgress(int node);
 
 /// Loads the sensor health table from "/etc/sfcb/vek/sensor_health", once in
 /// a process; a load that failed is tried again by the next call. Command-line

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include <vek-ipmi/IpmiSelData.h>
+
 namespace Ipmi
 {
 
@@ -13,6 +15,32 @@ namespace Ipmi
 /// state, and for OEM types.
 std::string DescFromState(unsigned char eventReadingType,
                           unsigned char sensorType, unsigned offset);
+
+/// The same of an event, thresholds (01h: "Upper Critical going high")
+/// included. Bits above the low four of `offset`, as they stand in event data
+/// 1, are left out.
+std::string DescFromEvent(unsigned char eventReadingType,
+                          unsigned char sensorType, unsigned offset);
+
+/// What callers hand to the two operations below: the 16 bytes of a record,
+/// and behind them whatever the caller keeps with it. Only these are read.
+struct Event_log
+{
+    sel_event_record record;
+};
+
+/// Writes "Assert + TYPE DESCRIPTION" (or "Deassert +") in at most `size`
+/// bytes with the final zero; nothing when size is below 1. Both go by the
+/// whole of event data 1 and, for sensor-specific events, of event data 3: with
+/// any flag set there the description is empty (DescFromEvent goes by the
+/// offset). "n/a" for an event message revision below 04h; record types other
+/// than 02h and 00h are logged and described all the same.
+/// @return buffer.
+char* build_sel_desc(const Event_log* entry, char* buffer, int size);
+
+/// The description alone, of at most 63 characters; "N/A" for event/reading
+/// types that are neither 01h to 0Ch nor 6Fh.
+std::string GetMessage(const Event_log* entry);
 
 } // namespace Ipmi
 

@@ -22,12 +22,19 @@
 
 #include <vek-ipmi/CmpiStatus.h>
 #include <vek-ipmi/IpmiSdrRecord.h>
+#include <vek-ipmi/IpmiSel.h>
 #include <vek-ipmi/VekRelaxed.h>
 
 namespace Ipmi
 {
 
-class IpmiSensor; // IpmiSensor.h
+class IpmiSelData; // IpmiSelData.h
+class IpmiSensor;  // IpmiSensor.h
+
+/// Called with the context given at registration, and with a new event record
+/// or, once a polling pass that refreshed the caches, with null. The record
+/// lives as long as the call.
+typedef void (*SelEventHandler)(void* context, IpmiSelData* record);
 
 /// Get Device ID response as received (IPMI v2.0, 20.1); bytes that the
 /// controller did not send are 0.
@@ -230,6 +237,63 @@ public:
     /// Whether a memory sensor reports events.
     static bool generatesMemoryEvents(int node);
     static bool generatesMemoryEvents();
+
+    // The System Event Log. The controller's log is node 0's, whatever number
+    // is given. The getters send nothing.
+    //
+    // A poll that finds new records hands each new event to every handler,
+    // once and in the order of the log. Times decide what is new: an event
+    // stamped within the second that the log's last addition had at the poll
+    // before, or earlier (the controller's clock was set back), is held and
+    // not handed on. getSelData has every record.
+    //
+    // Handlers run one at a time, on the polling thread or on one that is in
+    // clearSel, with no lock of the log held: they may call everything here,
+    // register and unregister themselves and others. The poll waits for them.
+    // What a handler throws is logged; the others are called all the same for
+    // a record, and no more in that pass for null. An unregistered handler is
+    // not called again, save for a call that another thread has begun.
+
+    /// 0, also when the callback is registered already, whatever its context;
+    /// 5 for null. Handlers are called last registered first.
+    static int registerSelEventHandler(int node, SelEventHandler callback,
+                                       void* context);
+    static int registerSelEventHandler(SelEventHandler callback, void* context);
+
+    /// 0; 5 for null; 2 when it is not registered. Handlers between the last
+    /// registered one and this one go with it: callers rely on it.
+    static int unRegisterSelEventHandler(int node, SelEventHandler callback);
+    static int unRegisterSelEventHandler(SelEventHandler callback);
+
+    /// Null before the log was read.
+    static std::shared_ptr<IpmiSel> getSel(int node);
+    static std::shared_ptr<IpmiSel> getSel();
+    /// In the order of the log.
+    static std::vector<std::shared_ptr<IpmiSelData>> getSelData(int node);
+    static std::vector<std::shared_ptr<IpmiSelData>> getSelData();
+    static ipmiifc_sel_info getRawSelHeader(int node);
+    static ipmiifc_sel_info getRawSelHeader();
+
+    /// The last record that system software has processed, as the controller
+    /// keeps it (IPMI v2.0, 30.6); 0 for none and after a failure. Sends.
+    static uint16_t getLastProcessedSELEntry(int node);
+    static uint16_t getLastProcessedSELEntry();
+    static void setLastProcessedSELEntry(int node, unsigned short id);
+    static void setLastProcessedSELEntry(unsigned short id);
+
+    /// Clears the log and reads it again, handing on what is new in it. Waits
+    /// for a read of the log that is under way.
+    /// @return 0; 2 when the erasure failed, or was refused 5 times as busy;
+    ///     4 without an answer; 5 for any other refusal.
+    static int clearSel(int node);
+    static int clearSel();
+
+    /// The log's own clock, in seconds since 1970; 0 after a failure. Opens
+    /// and closes the device itself unless it is open.
+    static uint32_t GetSelClock();
+    /// Always 0.
+    static uint32_t selGetClock(int node);
+    static uint32_t selGetClock();
 
     // Commands to the controller itself.
 

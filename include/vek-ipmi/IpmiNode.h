@@ -15,7 +15,6 @@
 namespace Ipmi
 {
 
-class IpmiSelData;
 struct ipmiifc_sdr_list;
 
 /// First five bytes of a record (IPMI v2.0, 43); the id is the one under which
@@ -42,10 +41,6 @@ enum IpmiSdrClass
     SDR_OTHER,
     SDR_CLASS_COUNT
 };
-
-/// Called with the context given at registration, and with a new event record
-/// or, once a polling pass that refreshed the caches, with null.
-typedef void (*SelEventHandler)(void* context, IpmiSelData* record);
 
 /// An element of a node's list of SEL event handlers.
 struct SelHandlerEntry
