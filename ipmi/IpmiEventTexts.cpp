@@ -3,6 +3,8 @@
 // and cut these texts: blanks at an end and slips of the pen stay.
 #include "ipmi/IpmiEventTexts.h"
 
+#include "ipmi/IpmiPerfectHash.h"
+
 namespace Ipmi
 {
 
@@ -613,6 +615,71 @@ static_assert(countsHold());
 static_assert(rowsOfClass(EventText::generic) == 61);
 static_assert(rowsOfClass(EventText::sensorSpecific) == 291);
 
+constexpr EventTypeRow rowOf(const EventText& text)
+{
+    const bool isThreshold =
+        text.eventClass == EventText::generic && text.type == 0x01;
+    return {text.type,  text.offset,
+            text.data3, isThreshold ? EventTypeRow::thresholdClass : uint8_t{0},
+            text.name,  text.description[0] ? text.description : nullptr};
+}
+
+template <size_t count>
+constexpr size_t copyRows(std::array<EventTypeRow, count>& rows, size_t at,
+                          uint8_t eventClass)
+{
+    for (const EventText& text : ipmi_sel_data)
+        if (text.eventClass == eventClass)
+            rows[at++] = rowOf(text);
+    return at;
+}
+
+constexpr auto genericRows()
+{
+    std::array<EventTypeRow, 62> rows{};
+    copyRows(rows, 0, EventText::generic);
+    return rows;
+}
+
+constexpr auto specificRows()
+{
+    std::array<EventTypeRow, 294> rows{};
+    rows[0] = {0x00, 0, any, 0, "Reserved", nullptr};
+    const size_t end = copyRows(rows, 1, EventText::sensorSpecific);
+    rows[end] = {0xc0, 0, any, 0, "OEM", nullptr};
+    return rows;
+}
+
+constexpr auto codesOfTexts()
+{
+    std::array<uint32_t, eventTextCount> codes{};
+    for (size_t row = 0; row < eventTextCount; ++row)
+        codes[row] = ipmi_sel_data[row].code();
+    return codes;
+}
+
+constexpr auto codes = codesOfTexts();
+constexpr auto hash = HashMaker<eventTextCount>{codes}.make();
+
+constexpr bool everyCodeFindsItsRow()
+{
+    for (size_t row = 0; row < eventTextCount; ++row)
+        if (hash.row(codes[row]) != row)
+            return false;
+    return true;
+}
+static_assert(everyCodeFindsItsRow());
+
 } // namespace
+
+constexpr std::array<EventTypeRow, 62> generic_event_types = genericRows();
+constexpr std::array<EventTypeRow, 294> sensor_specific_types = specificRows();
+static_assert(!generic_event_types[61].name &&
+              generic_event_types[60].code == 0x1b);
+static_assert(!sensor_specific_types[293].name &&
+              sensor_specific_types[292].code == 0xc0);
+
+constexpr std::array<int32_t, eventTextCount> G_array = hash.g;
+constexpr std::array<int32_t, eventTextCount> V_array = hash.v;
 
 } // namespace Ipmi

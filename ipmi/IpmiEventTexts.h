@@ -36,6 +36,28 @@ constexpr size_t laterStateCount = 16;
 extern const std::array<EventText, eventTextCount> ipmi_sel_data;
 extern const std::array<EventText, laterStateCount> laterStates;
 
+/// A row of the tables that captions are made of.
+struct EventTypeRow
+{
+    static constexpr uint8_t thresholdClass = 2;
+
+    uint8_t code; ///< Event/reading type, or sensor type.
+    uint8_t offset;
+    uint8_t data3; ///< EventText::anyData3 for any.
+    uint8_t rowClass;
+    const char* name;   ///< Null in the last row, which only ends the table.
+    const char* detail; ///< May be null.
+};
+
+/// The texts of ipmi_sel_data once more; the second has a row for sensor type
+/// 00h ahead of them, and one for C0h behind.
+extern const std::array<EventTypeRow, 62> generic_event_types;
+extern const std::array<EventTypeRow, 294> sensor_specific_types;
+
+/// The perfect hash of ipmi_sel_data's codes (IpmiPerfectHash.h).
+extern const std::array<int32_t, eventTextCount> G_array;
+extern const std::array<int32_t, eventTextCount> V_array;
+
 } // namespace Ipmi
 
 #endif

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <ctime>
 #include <syslog.h>
-#include <unistd.h>
 
 #include "ipmi/IpmiIfcSensor.h"
 
@@ -130,11 +128,6 @@ void startProgress(IpmiNode& node, const ipmiifc_sdr_info& info)
 
 } // namespace
 
-IpmiNode* nodeRecord(int node)
-{
-    return node >= 0 && size_t(node) < NODE_COUNT ? &g_IpmiNode[node] : nullptr;
-}
-
 int IpmiIfcSdrGetInfo(int number)
 {
     IpmiNode* const node = nodeRecord(number);
@@ -206,11 +199,6 @@ ipmiifc_sdr_info IpmiIfc::getSdr()
     return getSdr(0);
 }
 
-void sleepOutOfStep()
-{
-    sleep(unsigned(time(nullptr) & 3));
-}
-
 SdrReader::SdrReader(int node, uint16_t reservationId) : node_{node}
 {
     setReservation(reservationId);
@@ -239,15 +227,7 @@ int SdrReader::exchange()
     request.cmd = getSdrCommand;
     request.data_len = sizeof data_;
     request.data = data_;
-    ipmiifc_resp* const resp =
-        IpmiIfcSendWresponse(node_, &request, 0, answer_.get());
-    if (!resp) {
-        answer_.reset();
-        return -1;
-    }
-    if (resp != answer_.get())
-        answer_.reset(resp);
-    return resp->cc;
+    return exchangeAgain(request, answer_);
 }
 
 } // namespace Ipmi

@@ -44,15 +44,6 @@ constexpr int sdrHeaderSize = 5;
 /// Held during a whole refresh, of whichever node.
 extern VEK::Mutex sdr_mutex;
 
-/// Null for a number without a record.
-IpmiNode* nodeRecord(int node);
-
-/// Its index in the table.
-inline int numberOf(const IpmiNode& node)
-{
-    return int(&node - g_IpmiNode);
-}
-
 /// Frees headers and lists.
 void freeRecords(IpmiNode& node) VEK_REQUIRES(node.sdrLock);
 void freeHeaders(IpmiNode& node) VEK_REQUIRES(node.sdrLock);
@@ -102,10 +93,6 @@ private:
     uint8_t data_[6] = {};
     Response answer_;
 };
-
-/// Waits 0 to 3 s, by the time of day, so that two programs that cancel each
-/// other's reservations fall out of step.
-void sleepOutOfStep();
 
 } // namespace Ipmi
 

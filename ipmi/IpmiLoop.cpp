@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "ipmi/IpmiIfcSdr.h"
+#include "ipmi/IpmiIfcSel.h"
 #include "ipmi/IpmiIfcSensor.h"
 #include "ipmi/IpmiNode.h"
 #include "ipmi/IpmiTransport.h"
@@ -32,22 +33,23 @@ void refreshReadings(int node)
     IpmiIfcSensorUpdateReading(node);
 }
 
-void cleanUpRecords(int node)
+void cleanUp(int node)
 {
     IpmiIfcSdrCleanUpHeaders(node);
     IpmiIfcSdrCleanUpAll(node);
+    IpmiIfcSelCleanUpEventHandlers(node);
 }
 
 } // namespace
 
 // One line an area, in the order of the record.
 LoopAreas loopAreas = {
-    nullptr,         // SEL
-    refreshRecords,  // SDR
-    refreshReadings, // sensor
-    nullptr,         // FRU
-    nullptr,         // LAN
-    cleanUpRecords,  // clean-up
+    IpmiIfcSelGetInfo, // SEL
+    refreshRecords,    // SDR
+    refreshReadings,   // sensor
+    nullptr,           // FRU
+    nullptr,           // LAN
+    cleanUp,           // clean-up
 };
 
 PollChoice choosePass(int pollCount, IpmiIfc::IPMI_POLL_TYPE type,
@@ -81,42 +83,6 @@ void call(void (*area)(int))
 {
     if (area)
         area(0);
-}
-
-/// A handler that throws ends the walk: false.
-bool callHandler(SelEventHandler callback, void* context)
-{
-    try {
-        callback(context, nullptr);
-        return true;
-    } catch (const CmpiStatus& e) {
-        syslog(LOG_DEBUG, "Event handler ran into issues: %s(%d)", e.msg(),
-               int(e.rc()));
-    } catch (abi::__forced_unwind&) {
-        throw;
-    } catch (...) {
-        syslog(LOG_DEBUG, "Event handler ran into issues");
-    }
-    return false;
-}
-
-void callHandlers(IpmiNode& node) VEK_EXCLUDES(node.selMutex)
-{
-    node.selMutex.lock();
-    for (const SelHandlerEntry* entry = node.selHandlers; entry;
-         entry = entry->next)
-    {
-        const SelEventHandler callback = entry->callback;
-        void* const context = entry->context;
-        if (!callback)
-            continue;
-        node.selMutex.unlock();
-        const bool sound = callHandler(callback, context);
-        node.selMutex.lock();
-        if (!sound)
-            break;
-    }
-    node.selMutex.unlock();
 }
 
 class Loop
@@ -283,7 +249,7 @@ bool Loop::refresh(const PollChoice& choice, int skip)
     lastEntryCount_ = entryCount_;
     if (node_.shutdownFlag || !refreshSensors(full))
         return false;
-    callHandlers(node_);
+    callSelHandlers(node_, nullptr, SelThrow::endsWalk);
     if (!refreshFru(full))
         return false;
     if (!node_.shutdownFlag)

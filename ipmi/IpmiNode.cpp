@@ -1,4 +1,5 @@
 #include "ipmi/IpmiIfcSdr.h"
+#include "ipmi/IpmiIfcSel.h"
 #include "ipmi/IpmiIfcSensor.h"
 
 #include <algorithm>
@@ -14,11 +15,23 @@ IpmiNode g_IpmiNode[NODE_COUNT];
 
 IpmiNode::~IpmiNode()
 {
-    if (!sdrLock.tryLockForWriting())
-        return;
-    freeRecords(*this);
-    *sensors = {};
-    sdrLock.unlock();
+    if (sdrLock.tryLockForWriting()) {
+        freeRecords(*this);
+        *sensors = {};
+        sdrLock.unlock();
+    }
+    if (selMutex.tryLock()) {
+        *selSummary = {};
+        *selRecords = {};
+        *selEvents = {};
+        freeSelHandlers(*this);
+        selMutex.unlock();
+    }
+}
+
+IpmiNode* nodeRecord(int node)
+{
+    return node >= 0 && size_t(node) < NODE_COUNT ? &g_IpmiNode[node] : nullptr;
 }
 
 void SetLogLevel(LogLvl)
@@ -49,7 +62,11 @@ void InitIpmiNode(int node)
     }
     {
         VEK::MutexLock lock{record.selMutex};
-        record.selHandlers = nullptr;
+        record.selInfo = {};
+        record.selAllocInfo = {};
+        record.selReservationId = 0;
+        record.lastSelRecordId = 0;
+        dropSelHandlers(record);
     }
     VEK::MutexLock lock{record.stateMutex};
     record.state = IpmiIfc::STATE_INITIAL;

@@ -7,6 +7,15 @@
 namespace Ipmi
 {
 
+/// Null for a number without a record.
+IpmiNode* nodeRecord(int node);
+
+/// Its index in the table.
+inline int numberOf(const IpmiNode& node)
+{
+    return int(&node - g_IpmiNode);
+}
+
 /// Gives a record the values it was loaded with and forgets the controller's
 /// identity. Leaves locks, caches, the device and shutdownFlag alone: a node
 /// that was stopped stays stopped.

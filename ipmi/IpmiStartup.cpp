@@ -4,6 +4,7 @@
 
 #include "ipmi/IpmiIdentity.h"
 #include "ipmi/IpmiIfcSdr.h"
+#include "ipmi/IpmiIfcSel.h"
 
 namespace Ipmi
 {
@@ -34,8 +35,8 @@ OneShotCommand one_shot_list_cmd[oneShotCount] = {
     {1, IpmiIfcRhGetOS_Version, app, 0x59, 4, osver_req, 0},
     {1, IpmiIfcRhGetSelfTest, app, 0x04, 0, nullptr, 0},
     {1, refreshRecords, storage, 0x20, 0, nullptr, 0},
-    {0, nullptr, storage, 0x40, 0, nullptr, 0},
-    {1, nullptr, storage, 0x41, 0, nullptr, 0},
+    {0, IpmiIfcRhSelInfoNoCount, storage, 0x40, 0, nullptr, 0},
+    {1, IpmiIfcRhSelGetAllocInfo, storage, 0x41, 0, nullptr, 0},
 };
 
 namespace

@@ -4,11 +4,13 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <ctime>
 #include <linux/ipmi.h>
 #include <new>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <syslog.h>
+#include <unistd.h>
 
 #include "ipmi/IpmiNode.h"
 
@@ -278,6 +280,24 @@ ipmiifc_resp* IpmiIfcSendWresponse(int, ipmiifc_req* req, int flags,
     // The answer's message id is not compared: ifcMutex keeps one request
     // outstanding at a time.
     return takeAnswer(node, request, flags, resp);
+}
+
+void sleepOutOfStep()
+{
+    sleep(unsigned(time(nullptr) & 3));
+}
+
+int exchangeAgain(ipmiifc_req& request, Response& response)
+{
+    ipmiifc_resp* const resp =
+        IpmiIfcSendWresponse(0, &request, 0, response.get());
+    if (!resp) {
+        response.reset();
+        return -1;
+    }
+    if (resp != response.get())
+        response.reset(resp);
+    return resp->cc;
 }
 
 ipmiifc_resp* IpmiIfcSend(int, ipmiifc_req* req, int flags)

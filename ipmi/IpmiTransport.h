@@ -121,6 +121,14 @@ private:
 ipmiifc_resp* IpmiIfcSendWresponse(int node, ipmiifc_req* req, int flags,
                                    ipmiifc_resp* resp);
 
+/// One exchange with a response that is used again for the next. Returns the
+/// completion code; -1, with the response gone, without an answer.
+int exchangeAgain(ipmiifc_req& request, Response& response);
+
+/// Waits 0 to 3 s, by the time of day, so that two programs that cancel each
+/// other's reservations fall out of step.
+void sleepOutOfStep();
+
 /// One exchange under the information mutex; null without an answer.
 ipmiifc_resp* IpmiIfcSend(int node, ipmiifc_req* req, int flags);
 

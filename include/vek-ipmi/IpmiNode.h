@@ -4,6 +4,7 @@
 #define VEK_IPMI_IPMINODE_H
 
 #include <cstddef>
+#include <deque>
 #include <memory>
 #include <new>
 #include <vector>
@@ -46,8 +47,22 @@ enum IpmiSdrClass
 struct SelHandlerEntry
 {
     SelHandlerEntry* next;
-    SelEventHandler callback;
+    SelEventHandler callback; ///< Null once it is unregistered.
     void* context;
+    SelHandlerEntry* nextOwned; ///< Among those that have left the list.
+};
+
+/// What one read of the log leaves for the next.
+struct SelRefresh
+{
+    /// Records of the cache that were looked at for handlers already.
+    size_t offered = 0;
+    /// Polls in a row on which the last record held could not be read.
+    unsigned lastRecordFailures = 0;
+    /// A read of the whole log failed in part and is due again, for events
+    /// later than `since`.
+    bool wholeAgain = false;
+    uint32_t since = 0;
 };
 
 /// Ends of the wake-up pipe.
@@ -75,11 +90,13 @@ private:
 /// Locks, outermost first: pollMutex, which the polling thread holds during a
 /// pass; sdr_mutex, one for all nodes, during a refresh of records; sdrLock
 /// before fruMutex and entityMutex, and before those of an exchange;
-/// targetMutex before infoMutex before ifcMutex; stateMutex and identityMutex
-/// are leaves. Fields of type Relaxed are shared without a lock.
+/// selRefreshMutex, which is held while the log is read, before selMutex;
+/// selMutex before those of an exchange; targetMutex before infoMutex before
+/// ifcMutex; stateMutex and identityMutex are leaves. Fields of type Relaxed
+/// are shared without a lock.
 struct IpmiNode
 {
-    /// Frees the records and sensors, unless a thread is just at them: a
+    /// Frees the caches and handlers, unless a thread is just at them: a
     /// process may end beside a polling thread.
     ~IpmiNode();
 
@@ -157,8 +174,35 @@ struct IpmiNode
 
     VEK::Mutex entityMutex;
     VEK::Mutex fruMutex;
-    VEK::Mutex selMutex;
+    /// Held while the log is read and while it is cleared, so that one thread
+    /// does not cancel the other's reservation; never while handlers run.
+    VEK::Mutex selRefreshMutex;
+    VEK::Mutex selMutex VEK_ACQUIRED_AFTER(selRefreshMutex);
+    ipmiifc_sel_info selInfo VEK_GUARDED_BY(selMutex) = {};
+    ipmiifc_sel_alloc_info selAllocInfo VEK_GUARDED_BY(selMutex) = {};
+    uint16_t selReservationId VEK_GUARDED_BY(selMutex) = 0; ///< 0: none.
+    /// The last record of selRecords, by its own id.
+    uint16_t lastSelRecordId VEK_GUARDED_BY(selMutex) = 0;
+    Undestroyed<std::shared_ptr<IpmiSel>> selSummary VEK_GUARDED_BY(selMutex);
+    Undestroyed<std::vector<std::shared_ptr<IpmiSelData>>>
+        selRecords VEK_GUARDED_BY(selMutex);
+    SelRefresh selRefresh VEK_GUARDED_BY(selRefreshMutex);
+    /// As IpmiSelProgress has them.
+    VEK::Relaxed<unsigned> selTotal{0};
+    VEK::Relaxed<unsigned> selRead{0};
+    VEK::Relaxed<unsigned> selFailed{0};
+    VEK::Relaxed<bool> selComplete{false};
+
     SelHandlerEntry* selHandlers VEK_GUARDED_BY(selMutex) = nullptr;
+    /// Walks of the list that are under way, and what they may still be at.
+    int selWalks VEK_GUARDED_BY(selMutex) = 0;
+    SelHandlerEntry* selRemoved VEK_GUARDED_BY(selMutex) = nullptr;
+    /// Left the list without having been unregistered: kept to the end.
+    SelHandlerEntry* selDropped VEK_GUARDED_BY(selMutex) = nullptr;
+    /// Events that no handler has seen yet, and whether a thread is at them.
+    Undestroyed<std::deque<std::shared_ptr<IpmiSelData>>>
+        selEvents VEK_GUARDED_BY(selMutex);
+    bool selDelivering VEK_GUARDED_BY(selMutex) = false;
 };
 
 constexpr size_t NODE_COUNT = 4;

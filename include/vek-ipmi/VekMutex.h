@@ -20,6 +20,8 @@
 #define VEK_GUARDED_BY(x) VEK_THREAD_ANNOTATION(guarded_by(x))
 #define VEK_ACQUIRED_BEFORE(...)                                               \
     VEK_THREAD_ANNOTATION(acquired_before(__VA_ARGS__))
+#define VEK_ACQUIRED_AFTER(...)                                                \
+    VEK_THREAD_ANNOTATION(acquired_after(__VA_ARGS__))
 #define VEK_REQUIRES(...)                                                      \
     VEK_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
 #define VEK_REQUIRES_SHARED(...)                                               \
@@ -52,6 +54,10 @@ public:
 
     void lock() VEK_ACQUIRE() { pthread_mutex_lock(&m_); }
     void unlock() VEK_RELEASE() { pthread_mutex_unlock(&m_); }
+    bool tryLock() VEK_TRY_ACQUIRE(true)
+    {
+        return pthread_mutex_trylock(&m_) == 0;
+    }
     pthread_mutex_t* native() { return &m_; }
 
 private:
@@ -69,6 +75,24 @@ public:
     ~MutexLock() VEK_RELEASE() { pthread_mutex_unlock(m_); }
     MutexLock(const MutexLock&) = delete;
     MutexLock& operator=(const MutexLock&) = delete;
+
+private:
+    pthread_mutex_t* m_;
+};
+
+/// Releases a mutex that is held, for a scope, and takes it again on every way
+/// out, cancellation included. Unseen by the analysis: the caller holds the
+/// mutex before and behind the scope.
+class MutexUnlock
+{
+public:
+    explicit MutexUnlock(Mutex& mutex) : m_{mutex.native()}
+    {
+        pthread_mutex_unlock(m_);
+    }
+    ~MutexUnlock() { pthread_mutex_lock(m_); }
+    MutexUnlock(const MutexUnlock&) = delete;
+    MutexUnlock& operator=(const MutexUnlock&) = delete;
 
 private:
     pthread_mutex_t* m_;

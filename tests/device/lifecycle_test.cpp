@@ -8,6 +8,7 @@
 #include <thread>
 #include <unistd.h>
 
+#include "ipmi/IpmiIfcSel.h"
 #include "ipmi/IpmiLoop.h"
 #include "tests/device/node_fixture.h"
 
@@ -58,14 +59,16 @@ void noteIn(int)
     note(letter);
 }
 
-SelEventHandler handler = [](void* context, IpmiSelData* record) {
-    note(record ? '?' : context ? 'h' : 't');
-    if (!context)
-        throw CmpiStatus(CMPI_RC_ERR_FAILED);
-};
-SelHandlerEntry last{nullptr, handler, &last};
-SelHandlerEntry empty{&last, nullptr, nullptr};
-SelHandlerEntry throwing{&last, handler, nullptr};
+void calm(void* context, IpmiSelData* record)
+{
+    note(record || context != &calls ? '?' : 'h');
+}
+
+void throwing(void*, IpmiSelData*)
+{
+    note('t');
+    throw CmpiStatus(CMPI_RC_ERR_FAILED);
+}
 
 class Lifecycle : public NodeFixture
 {
@@ -83,6 +86,7 @@ protected:
     {
         if (IpmiIfc::getState() == IpmiIfc::STATE_RUNNING)
             stopNode();
+        IpmiIfcSelCleanUpEventHandlers(0);
         NodeFixture::TearDown();
     }
 
@@ -107,12 +111,6 @@ protected:
         return next < 0 ? g_IpmiNode[0].pollCount
                         : std::exchange(g_IpmiNode[0].pollCount, next);
     }
-
-    void setHandlers(SelHandlerEntry* first)
-    {
-        VEK::MutexLock lock{g_IpmiNode[0].selMutex};
-        g_IpmiNode[0].selHandlers = first;
-    }
 };
 
 TEST_F(Lifecycle, aNodeFromStartToStop)
@@ -134,7 +132,7 @@ TEST_F(Lifecycle, whatEachPollDoes)
                    readings = IpmiIfc::POLL_READINGS, skip = IpmiIfc::POLL_SKIP;
     selEntries = 5;
     runNode();
-    setHandlers(&empty);
+    IpmiIfc::registerSelEventHandler(calm, &calls);
     const struct
     {
         const char* what;
@@ -177,7 +175,8 @@ TEST_F(Lifecycle, whatEachPollDoes)
 TEST_F(Lifecycle, aPassOutlivesWhatIsThrownInIt)
 {
     runNode();
-    setHandlers(&throwing);
+    IpmiIfc::registerSelEventHandler(calm, &calls);
+    IpmiIfc::registerSelEventHandler(throwing, nullptr);
     EXPECT_EQ(poll(IpmiIfc::POLL_FULL), "sdtfl") << "the walk ends, the pass "
                                                     "goes on";
     EXPECT_TRUE(Seam::waitForLog("Event handler ran into issues: (null)(1)"));
@@ -186,7 +185,7 @@ TEST_F(Lifecycle, aPassOutlivesWhatIsThrownInIt)
     EXPECT_TRUE(Seam::waitForLog(
         "IPMI polling thread caught exception while polling node 0"));
     areaThrows = false;
-    setHandlers(&last);
+    IpmiIfc::unRegisterSelEventHandler(throwing);
     EXPECT_EQ(poll(IpmiIfc::POLL_FULL), "sdhfl");
 }
 

@@ -32,6 +32,14 @@ Sim::FaultSet faultSet(const std::vector<std::string>& rules)
     return set;
 }
 
+// They would stand between a test and its exchanges.
+void forgetRecords()
+{
+    Sim::BmcState& state = Sim::Device::controller()->bmc().state();
+    state.repository.reset();
+    state.eventLog.reset();
+}
+
 template <typename Condition>
 bool eventually(Condition condition)
 {
@@ -99,8 +107,7 @@ void NodeFixture::SetUp()
     Sim::Device::setTimeScale(1 / secondsPerSecond);
     Sim::Device::install(std::make_unique<Sim::Controller>(
         Sim::builtinProfile(), Sim::FaultSet{}));
-    // Its records would stand between a test and its exchanges.
-    Sim::Device::controller()->bmc().state().repository.reset();
+    forgetRecords();
     resetNode();
     Seam::takeLog();
     takeExchanges();
@@ -137,7 +144,7 @@ void NodeFixture::serveState(Sim::BmcState state)
 void NodeFixture::serve(const std::vector<std::string>& faults)
 {
     Sim::Device::controller()->bmc().reset();
-    Sim::Device::controller()->bmc().state().repository.reset();
+    forgetRecords();
     setFaults(faults);
 }
 

@@ -110,11 +110,7 @@ TEST(Node, initialisingAgainForgetsTheIdentityAndKeepsTheRest)
     _setState(0, IpmiIfc::STATE_STOPPED);
     node.devFd = 42;
     node.shutdownFlag = true;
-    SelHandlerEntry entry{nullptr, nullptr, nullptr};
-    {
-        VEK::MutexLock lock{node.selMutex};
-        node.selHandlers = &entry;
-    }
+    IpmiIfc::registerSelEventHandler([](void*, IpmiSelData*) {}, nullptr);
     InitIpmiNode(0);
     EXPECT_EQ(node.msgSeq, 0x5a5);
     EXPECT_EQ(node.signalCmdPipeFds[FD_READ], -1);
