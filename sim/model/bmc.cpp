@@ -39,6 +39,13 @@ bool offers(const Bmc& bmc, const Command* command)
         });
 }
 
+/// By its thresholds, hysteresis or events: a set, or a re-arm.
+bool changesSensor(const Request& request)
+{
+    return request.netFn == netFnSensor && request.command >= 0x24 &&
+           request.command <= 0x2A;
+}
+
 bool matches(const FixedAnswer& row, const Request& request)
 {
     return row.netFn == request.netFn && row.command == request.command &&
@@ -113,8 +120,8 @@ std::optional<Bytes> Bmc::answer(const Request& request)
                      ? this
                      : reach(request.channel, request.slaveAddress);
     auto answer = other ? other->answerHere(request) : std::nullopt;
-    if (request.netFn == netFnSensor)
-        watchSensors(); // its thresholds may be others now
+    if (changesSensor(request))
+        watchSensors();
     return answer;
 }
 

@@ -51,11 +51,12 @@ std::vector<EventMessage> takeEvents(Sensor& sensor)
 {
     if (!sensor.present || sensor.unavailable)
         return {};
-    const uint16_t now = sensor.assertedEvents();
-    const uint16_t before = sensor.told.value_or(now);
-    sensor.told = now;
-    if (now == before || !tells(sensor))
+    const uint16_t told = sensor.told.value_or(sensor.condition());
+    sensor.told = sensor.condition();
+    if (told == *sensor.told || !tells(sensor))
         return {};
+    const uint16_t before = sensor.eventsOf(told);
+    const uint16_t now = sensor.assertedEvents();
     const unsigned gone = before & ~now & sensor.deassertions;
     const unsigned come = now & ~before & sensor.assertions;
     // The worst threshold is the first to be left and the last to be reached.

@@ -53,8 +53,24 @@ void Sensor::update(int64_t seconds)
         else
             states = uint16_t(value & 0x7FFF);
     }
-    if (!hasThresholds())
+    // Every request asks every sensor, and few have moved.
+    if (!hasThresholds() || comparison() == settled_)
         return;
+    compare();
+    settled_ = comparison();
+}
+
+Sensor::Comparison Sensor::comparison() const
+{
+    return {
+        reading,         exceeded,           compared,           falling,
+        uint8_t(format), positiveHysteresis, negativeHysteresis, thresholds[0],
+        thresholds[1],   thresholds[2],      thresholds[3],      thresholds[4],
+        thresholds[5]};
+}
+
+void Sensor::compare()
+{
     // What is true of readings is the other way round of falling raw values.
     const int sign = falling ? -1 : 1;
     const int now = sign * toNumber(reading);
@@ -72,14 +88,14 @@ void Sensor::update(int64_t seconds)
     exceeded = still;
 }
 
-uint16_t Sensor::assertedEvents() const
+uint16_t Sensor::eventsOf(uint16_t condition) const
 {
     if (!hasThresholds())
-        return states;
+        return condition;
     // IPMI v2.0, table 42-2: going low and going high, of each threshold.
     uint16_t events = 0;
     for (size_t at = 0; at < thresholds.size(); ++at)
-        if (exceeded & 1 << at)
+        if (condition & 1 << at)
             events |= uint16_t(1 << (2 * at + (at < lowerThresholds ? 0 : 1)));
     return events;
 }

@@ -62,7 +62,8 @@ struct Sensor
     std::array<uint8_t, 6> thresholds{};
     uint8_t positiveHysteresis = 0, negativeHysteresis = 0;
     uint8_t exceeded = 0; ///< Thresholds, with hysteresis, at the last look.
-    std::optional<uint16_t> told; ///< What was asserted when events were taken.
+    /// `exceeded`, or the states, when events were taken last.
+    std::optional<uint16_t> told;
     /// By command: instead of what it would answer. Empty: silence.
     std::map<uint8_t, Bytes> answers;
 
@@ -76,8 +77,17 @@ struct Sensor
 
     /// Moves on to what it reads `seconds` after the controller's start.
     void update(int64_t seconds);
-    /// Events that the present state asserts, a bit each.
-    uint16_t assertedEvents() const;
+    uint16_t condition() const { return hasThresholds() ? exceeded : states; }
+    /// Events that such a condition asserts, a bit each.
+    uint16_t eventsOf(uint16_t condition) const;
+    uint16_t assertedEvents() const { return eventsOf(condition()); }
+
+private:
+    using Comparison = std::array<uint8_t, 13>;
+    Comparison comparison() const;
+    void compare();
+
+    Comparison settled_{}; ///< What was compared last, with its result.
 };
 
 /// Sensors of different LUNs may have one number.

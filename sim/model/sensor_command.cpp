@@ -152,11 +152,12 @@ Bytes rearm(Sensor& sensor, const Bytes& data)
     const uint16_t events = data[1] & selected
                                 ? uint16_t(word(masks, 0) | word(masks, 2))
                                 : uint16_t{0xFFFF};
-    if (sensor.told)
-        sensor.told = uint16_t(*sensor.told & ~events);
     for (size_t at = 0; at < sensor.thresholds.size(); ++at)
         if (events >> 2 * at & 3)
             sensor.exceeded = uint8_t(sensor.exceeded & ~(1u << at));
+    if (sensor.told)
+        sensor.told = sensor.hasThresholds() ? sensor.exceeded
+                                             : uint16_t(*sensor.told & ~events);
     return {cc::ok};
 }
 

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <sstream>
-
+#include "sim/profile/hex.h"
 #include "sim/profile/profile.h"
 
 namespace
@@ -33,36 +32,22 @@ struct Server
         return state;
     }
 
-    /// Network function, command and data, in hexadecimal, as the answer is.
-    std::string ask(const std::string& text)
+    /// Network function, command and data.
+    std::string ask(const std::string& request)
     {
-        std::istringstream in{text};
-        Bytes bytes;
-        for (std::string byte; in >> byte;)
-            bytes.push_back(uint8_t(std::stoi(byte, nullptr, 16)));
+        const Bytes bytes = parseBytes(request).value();
         const Bytes data{bytes.begin() + 2, bytes.end()};
-        return hex(bmc.answer({bytes[0], bytes[1], data}).value_or(Bytes{}));
+        return formatBytes(*bmc.answer({bytes[0], bytes[1], data}));
     }
-    static std::string hex(const Bytes& bytes)
-    {
-        char digits[4];
-        std::string text;
-        for (uint8_t byte : bytes) {
-            std::snprintf(digits, sizeof digits, " %02x", unsigned{byte});
-            text += digits;
-        }
-        return text.empty() ? text : text.substr(1);
-    }
-    /// The log's records without ids: seconds since the start, and the rest.
-    std::vector<std::string> events()
+    /// The log's records: seconds since the start, and what follows the time.
+    std::string events()
     {
         ask("0a 40");
-        std::vector<std::string> list;
+        std::string list;
         for (const SelRecord& record : bmc.state().eventLog->records) {
             const Bytes& b = record.bytes;
-            const uint32_t time = word(b, 3) | uint32_t(word(b, 5)) << 16;
-            list.push_back(std::to_string(time - uint32_t(start)) + ": " +
-                           hex({b.begin() + 7, b.end()}));
+            list += (list.empty() ? "" : "|") + std::to_string(b[3]) + ": " +
+                    formatBytes({b.begin() + 7, b.end()});
         }
         return list;
     }
@@ -70,6 +55,18 @@ struct Server
     int64_t now = start;
     Bmc bmc;
 };
+
+/// Rows are asked one after the other.
+struct Step
+{
+    const char *what, *request, *answer;
+};
+
+void play(Server& server, const std::vector<Step>& steps)
+{
+    for (const Step& step : steps)
+        EXPECT_EQ(server.ask(step.request), step.answer) << step.what;
+}
 
 EventLog threeRecords()
 {
@@ -88,54 +85,48 @@ EventLog threeRecords()
 TEST(SimSel, aConversationWithTheLog)
 {
     Server server{threeRecords()};
-    const struct
-    {
-        const char *what, *request, *answer;
-    } steps[] = {
-        {"info", "a 40", "00 51 03 00 10 00 03 00 00 00 00 00 00 00 0b"},
-        {"allocation", "a 41", "00 04 00 10 00 01 00 01 00 01"},
-        {"first", "a 43 0 0 0 0 0 e",
-         "00 02 00 01 00 02 02 01 00 00 72 60 04 04 07 81 52"},
-        {"whole, above the limit", "a 43 0 0 0 0 0 ff", "ca"},
-        {"piece, no reservation", "a 43 0 0 2 0 1 2", "c5"},
-        {"reserve", "a 42", "00 01 00"},
-        {"piece", "a 43 1 0 2 0 2 9", "00 09 00 c1 03 00 00 00 04 03 00 aa"},
-        {"last, shorter", "a 43 1 0 ff ff 4 2", "00 ff ff 02"},
-        {"past its end", "a 43 1 0 9 0 6 1", "c9"},
-        {"not there", "a 43 1 0 3 0 0 1", "cb"},
-        {"add", "a 44 5 5 2 0 0 0 0 41 0 4 1 2 3 4 5 6", "00 0a 00"},
-        {"stamped", "a 43 0 0 a 0 0 e",
-         "00 ff ff 0a 00 02 00 00 00 60 41 00 04 01 02 03 04"},
-        {"which cancelled", "a 43 1 0 a 0 0 1", "c5"},
-        {"full", "a 44 5 5 2 0 0 0 0 41 0 4 1 2 3 4 5 6", "c4"},
-        {"an event is lost", "4 2 41 4 12 1 6f 1", "00"},
-        {"overflow", "a 40", "00 51 04 00 00 00 00 00 00 60 00 00 00 00 8b"},
-        {"delete, no reservation", "a 46 0 0 2 0", "c5"},
-        {"reserve again", "a 42", "00 02 00"},
-        {"delete what is not there", "a 46 2 0 3 0", "cb"},
-        {"delete", "a 46 2 0 2 0", "00 02 00"},
-        {"clear, cancelled", "a 47 2 0 43 4c 52 aa", "c5"},
-        {"reserve once more", "a 42", "00 03 00"},
-        {"clear, wrong letters", "a 47 3 0 43 4c 53 aa", "cc"},
-        {"last processed", "4 15", "00 00 00 00 60 0a 00 ff ff ff ff"},
-        {"processed", "4 14 0 a 0", "00"},
-        {"clear", "a 47 3 0 43 4c 52 aa", "00 01"},
-        {"is done", "a 47 3 0 43 4c 52 0", "00 01"},
-        {"empty", "a 40", "00 51 00 00 40 00 00 00 00 60 00 00 00 60 0b"},
-        {"no first", "a 43 0 0 0 0 0 1", "cb"},
-        {"none to process", "4 15", "00 00 00 00 60 ff ff 0a 00 ff ff"},
-        {"time", "a 48", "00 00 00 00 60"},
-        {"set time", "a 49 10 0 0 0", "00"},
-        {"other time", "a 48", "00 10 00 00 00"},
-        {"zone", "a 5d c4 ff", "00"},
-        {"same zone", "a 5c", "00 c4 ff"},
-        {"no zone", "a 5d a1 5", "cc"},
-        {"event", "4 2 41 3 12 1 ef 1", "00"},
-        {"by that clock", "a 43 0 0 1 0 0 e",
-         "00 ff ff 01 00 02 10 00 00 00 41 00 03 12 01 ef 01"},
-    };
-    for (const auto& step : steps)
-        EXPECT_EQ(server.ask(step.request), step.answer) << step.what;
+    play(server,
+         {
+             {"info", "0a40", "00 51 03 00 10 00 03 00 00 00 00 00 00 00 0b"},
+             {"allocation", "0a41", "00 04 00 10 00 01 00 01 00 01"},
+             {"first", "0a43 0000 0000 00 0e",
+              "00 02 00 01 00 02 02 01 00 00 72 60 04 04 07 81 52"},
+             {"whole, above the limit", "0a43 0000 0000 00 ff", "ca"},
+             {"piece, no reservation", "0a43 0000 0200 01 02", "c5"},
+             {"reserve", "0a42", "00 01 00"},
+             {"piece", "0a43 0100 0200 02 09",
+              "00 09 00 c1 03 00 00 00 04 03 00 aa"},
+             {"last, shorter", "0a43 0100 ffff 04 02", "00 ff ff 02"},
+             {"past its end", "0a43 0100 0900 06 01", "c9"},
+             {"not there", "0a43 0100 0300 00 01", "cb"},
+             {"add", "0a44 0505 02 00000000 4100 04 010203040506", "00 0a 00"},
+             {"stamped", "0a43 0000 0a00 00 0e",
+              "00 ff ff 0a 00 02 00 00 00 60 41 00 04 01 02 03 04"},
+             {"which cancelled", "0a43 0100 0a00 00 01", "c5"},
+             {"full", "0a44 0505 02 00000000 4100 04 010203040506", "c4"},
+             {"overflow", "0a40",
+              "00 51 04 00 00 00 00 00 00 60 00 00 00 00 8b"},
+             {"delete, no reservation", "0a46 0000 0200", "c5"},
+             {"reserve again", "0a42", "00 02 00"},
+             {"delete", "0a46 0200 0200", "00 02 00"},
+             {"clear, cancelled", "0a47 0200 434c52 aa", "c5"},
+             {"reserve once more", "0a42", "00 03 00"},
+             {"clear, wrong letters", "0a47 0300 434c53 aa", "cc"},
+             {"processed", "0414 00 0a00", "00"},
+             {"clear", "0a47 0300 434c52 aa", "00 01"},
+             {"empty", "0a40", "00 51 00 00 40 00 00 00 00 60 00 00 00 60 0b"},
+             {"no first", "0a43 0000 0000 00 01", "cb"},
+             {"processed before", "0415", "00 00 00 00 60 ff ff 0a 00 ff ff"},
+             {"set time", "0a49 10000000", "00"},
+             {"event", "0402 41 03 12 01 ef 01", "00"},
+             {"by that clock", "0a43 0000 0100 00 0e",
+              "00 ff ff 01 00 02 10 00 00 00 41 00 03 12 01 ef 01"},
+             {"the buffer, no logging", "062e 04", "00"},
+             {"event", "0402 41 04 12 01 6f 01 02 03", "00"},
+             {"buffered", "0635",
+              "00 00 00 02 10 00 00 00 41 00 04 12 01 6f 01 02 03"},
+             {"not logged", "0a43 0000 ffff 00 02", "00 ff ff 01 00"},
+         });
 }
 
 TEST(SimSel, aLogThatIsErasedForAWhileOrRunsInARing)
@@ -144,33 +135,19 @@ TEST(SimSel, aLogThatIsErasedForAWhileOrRunsInARing)
     log.eraseSeconds = 3;
     log.logsClear = true;
     log.ring = true;
+    log.lastId = 0xFFFE; // 1, 2 and 9 are in use
     Server server{log};
-    const std::string event = "4 2 21 4 1 2 3 4 5 6",
-                      clear = "a 47 1 0 43 4c 52";
-    server.bmc.state().eventLog->lastId = 0xFFFE;
     for (int i = 0; i < 5; ++i)
-        server.ask(event);
-    EXPECT_EQ(server.bmc.state().eventLog->records.front().id, 4);
-    EXPECT_EQ(server.ask("a 43 0 0 ff ff 0 2"), "00 ff ff 07 00");
-    server.ask("a 42");
-    EXPECT_EQ(server.ask(clear + " aa"), "00 00");
-    EXPECT_EQ(server.ask("a 40"), "81");
-    EXPECT_EQ(server.ask(clear + " aa"), "81");
+        server.ask("0402 21 04 01 02 03 04");
+    play(server, {{"first", "0a43 0000 0000 00 02", "00 05 00 04 00"},
+                  {"last", "0a43 0000 ffff 00 02", "00 ff ff 07 00"},
+                  {"reserve", "0a42", "00 01 00"},
+                  {"clear", "0a47 0100 434c52 aa", "00 00"},
+                  {"is not done", "0a47 0000 434c52 00", "00 00"},
+                  {"nor serves", "0a40", "81"}});
     server.now += 3;
-    EXPECT_EQ(server.ask(clear + " 0"), "00 01");
-    EXPECT_EQ(server.events(),
-              std::vector<std::string>{"0: 20 00 04 10 00 6f 02 ff ff"});
-}
-
-TEST(SimSel, eventsReachTheMessageBufferAsTheEnablesSay)
-{
-    Server server{EventLog{}};
-    const std::string event = "4 2 41 4 12 1 6f 1 2 3";
-    server.ask("6 2e 4"); // the buffer, no logging
-    server.ask(event);
-    EXPECT_TRUE(server.events().empty());
-    EXPECT_EQ(server.ask("6 35"),
-              "00 00 00 02 00 00 00 60 41 00 04 12 01 6f 01 02 03");
+    play(server, {{"is done", "0a47 0000 434c52 00", "00 01"}});
+    EXPECT_EQ(server.events(), "0: 20 00 04 10 00 6f 02 ff ff");
 }
 
 /// What a change of sensors leaves in the log, by the seconds that it came.
@@ -189,46 +166,34 @@ TEST(SimSel, sensorsLogWhatChangesAndIsEnabled)
     const struct
     {
         const char* what;
-        void (*change)(Server& server, Sensor& sensor);
-        std::vector<std::string> events;
+        const char *readings, *request, *events;
+        int64_t seconds = 0;
     } cases[] = {
-        {"a start", [](Server&, Sensor&) {}, {}},
-        {"a script between two requests",
-         [](Server& server, Sensor&) { server.now += 16; },
-         {"5: 72 61 04 08 02 6f 01 ff ff", "7: 72 61 04 08 02 ef 01 ff ff",
-          "10: 72 61 04 08 02 6f 00 ff ff", "15: 72 61 04 08 02 6f 01 ff ff"}},
-        {"one threshold left, another reached",
-         [](Server&, Sensor& sensor) { sensor.reading = 4; },
-         {"0: 20 00 04 01 01 81 57 04 50", "0: 20 00 04 01 01 01 52 04 05"}},
-        {"one reached, and left within its hysteresis",
-         [](Server& server, Sensor& sensor) {
-             sensor.reading = 90;
-             server.ask("a 40");
-             sensor.reading = 88;
-         },
-         {"0: 20 00 04 01 01 01 59 5a 5a"}},
-        {"a threshold moved by command",
-         [](Server& server, Sensor&) { server.ask("4 26 1 8 0 0 0 58 0 0"); },
-         {"0: 20 00 04 01 01 81 57 55 58"}},
-        {"armed anew",
-         [](Server& server, Sensor&) { server.ask("4 2a 1 0"); },
-         {"0: 20 00 04 01 01 01 57 55 50"}},
-        {"its events disabled",
-         [](Server& server, Sensor& sensor) {
-             server.ask("4 28 1 40");
-             sensor.reading = 4;
-         },
-         {}},
-        {"one event disabled",
-         [](Server& server, Sensor& sensor) {
-             server.ask("4 28 1 e0 0 0 80 0");
-             sensor.reading = 4;
-         },
-         {"0: 20 00 04 01 01 01 52 04 05"}},
+        {"a start", "", "0a40", ""},
+        {"a script between two requests", "", "0a40",
+         "5: 72 61 04 08 02 6f 01 ff ff|7: 72 61 04 08 02 ef 01 ff ff|"
+         "10: 72 61 04 08 02 6f 00 ff ff|15: 72 61 04 08 02 6f 01 ff ff",
+         16},
+        {"one threshold left, another reached", "04", "0a40",
+         "0: 20 00 04 01 01 81 57 04 50|0: 20 00 04 01 01 01 52 04 05"},
+        {"one reached, and left within its hysteresis", "5a 58", "0a40",
+         "0: 20 00 04 01 01 01 59 5a 5a"},
+        {"a threshold moved by command", "", "0426 01 08 00000058 0000",
+         "0: 20 00 04 01 01 81 57 55 58"},
+        {"armed anew", "", "042a 01 00", "0: 20 00 04 01 01 01 57 55 50"},
+        {"its events disabled", "55 04", "0428 01 40", ""},
+        {"one event disabled", "55 04", "0428 01 e0 0000 8000",
+         "0: 20 00 04 01 01 01 52 04 05"},
     };
     for (const auto& c : cases) {
         Server server{EventLog{}, sensors};
-        c.change(server, server.bmc.state().sensors[sensorKey(0, 1)]);
+        server.now += c.seconds;
+        const Bytes readings = parseBytes(c.readings).value();
+        for (uint8_t reading : readings) {
+            server.bmc.state().sensors[1].reading = reading;
+            server.ask(c.request);
+        }
+        server.ask(c.request);
         EXPECT_EQ(server.events(), c.events) << c.what;
     }
 }
@@ -236,25 +201,23 @@ TEST(SimSel, sensorsLogWhatChangesAndIsEnabled)
 TEST(SimSel, aProfileHoldsAnyRecordAndWritesItBack)
 {
     Profile profile;
-    profile.state.eventLog = threeRecords();
-    auto& log = *profile.state.eventLog;
-    log.capacity = 999;
+    auto& records = profile.state.eventLog.emplace(threeRecords()).records;
+    profile.state.eventLog->capacity = 999;
     for (uint8_t type : {0x00, 0x02, 0x03, 0xBF, 0xC0, 0xDF, 0xE0, 0xFF})
         for (size_t size : {0, 1, 3, 15, 16, 17}) {
             Bytes bytes(size, 0x5A);
             if (size > 2)
                 bytes[2] = type;
-            log.records.push_back({0x5A5A, bytes});
-            log.records.push_back({7, bytes});
+            records.push_back({0x5A5A, bytes});
+            records.push_back({7, bytes});
         }
     Mistakes mistakes;
     const auto again = readProfile(writeProfile(profile), mistakes);
     ASSERT_TRUE(again) << mistakes[0].place << mistakes[0].reason;
-    const auto& read = again->state.eventLog->records;
-    ASSERT_EQ(read.size(), log.records.size());
-    for (size_t at = 0; at < read.size(); ++at) {
-        EXPECT_EQ(read[at].bytes, log.records[at].bytes) << at;
-        EXPECT_EQ(read[at].id, log.records[at].id) << at;
+    for (size_t at = 0; at < records.size(); ++at) {
+        const SelRecord& read = again->state.eventLog->records.at(at);
+        EXPECT_EQ(read.bytes, records[at].bytes) << at;
+        EXPECT_EQ(read.id, records[at].id) << at;
     }
 }
 
