@@ -104,6 +104,11 @@ TEST(SimProfile, everyMistakeIsNamedWithItsPlace)
         {number("'sensors': [{'script': {'points': [{'at': 3}, {'at': 3}]}}]"),
          "/script/points|point 1 is no later"},
         {areas("'sensors': [{'number': 1}, {'number': 1}]"), "stands twice"},
+        {areas("'eventLog': {'records': [{'sensor': 1}]}"),
+         "/eventLog/records/0|\"sensorType\" is missing"},
+        {areas("'eventLog': {'records': [{'oem': '0xbf'}]}"), "/oem|OEM rec"},
+        {areas("'eventLog': {'records': [{'record': ''}], 'capacity': 0}"),
+         "/eventLog/records|more than the capacity"},
         {areas("'faults': ['cc=c0', 'cc=x']"), "/faults/1|column 1: \"cc\""},
     };
     for (const auto& c : cases) {
