@@ -156,6 +156,7 @@ void readAll(IpmiNode& node, const ipmiifc_sel_info& info, uint32_t since)
         known.swap(*node.selRecords);
     }
     known.resize(std::min(known.size(), refresh.offered));
+    startSelProgress(node, word(info.entryCount));
     refresh = {};
     refresh.wholeAgain = getAll(node) == SelWalkEnd::failed;
     refresh.since = since;
@@ -183,6 +184,14 @@ void refreshLog(IpmiNode& node, const ipmiifc_sel_info& info)
 
 } // namespace
 
+void startSelProgress(IpmiNode& node, unsigned total)
+{
+    node.selRead = 0;
+    node.selFailed = 0;
+    node.selComplete = total == 0;
+    node.selTotal = total;
+}
+
 Response sendAboutSel(uint8_t netfn, uint8_t command, uint8_t* data,
                       uint16_t size)
 {
@@ -209,17 +218,18 @@ int IpmiIfcRhSelInfo(ipmiifc_resp* resp, unsigned short* count)
 {
     if (!resp || resp->cc != 0)
         return -1;
+    IpmiNode& node = g_IpmiNode[resp->node];
     ipmiifc_sel_info info;
     if (resp->data_len < int(sizeof info)) {
         // Times of 0 would make a cleared log of it.
         syslog(LOG_WARNING, "%s: answer too short (%d)", __func__,
                resp->data_len);
+        node.selComplete = false;
         return -1;
     }
     memcpy(&info, resp->data, sizeof info);
     if (count)
         *count = info.entryCount[0]; // Callers compare it for change only.
-    IpmiNode& node = g_IpmiNode[resp->node];
     refreshLog(node, info);
     deliverEvents(node);
     return 0;

@@ -51,6 +51,9 @@ void IpmiIfcSelCleanUpEventHandlers(int node);
 Response sendAboutSel(uint8_t netfn, uint8_t command, uint8_t* data = nullptr,
                       uint16_t size = 0);
 
+/// An empty log is complete.
+void startSelProgress(IpmiNode& node, unsigned total);
+
 /// How a walk over the log ended.
 enum class SelWalkEnd
 {

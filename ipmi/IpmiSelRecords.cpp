@@ -218,14 +218,6 @@ bool meetsHeldRecord(const Walk& walk, const sel_event_record& record)
     return true;
 }
 
-void startProgress(IpmiNode& node, unsigned total)
-{
-    node.selRead = 0;
-    node.selFailed = 0;
-    node.selComplete = false;
-    node.selTotal = total;
-}
-
 unsigned entryCount(IpmiNode& node)
 {
     VEK::MutexLock lock{node.selMutex};
@@ -237,7 +229,7 @@ unsigned entryCount(IpmiNode& node)
 SelWalkEnd readWholeLog(IpmiNode& node)
 {
     const unsigned count = entryCount(node);
-    startProgress(node, count);
+    startSelProgress(node, count);
     if (count == 0)
         return SelWalkEnd::unread;
     Walk walk{node};
