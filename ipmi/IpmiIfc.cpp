@@ -7,6 +7,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include "ipmi/IpmiIfcSel.h"
 #include "ipmi/IpmiLoop.h"
 #include "ipmi/IpmiMapper.h"
 #include "ipmi/IpmiNode.h"
@@ -187,6 +188,7 @@ void IpmiIfc::stop(int node)
     closeAll();
     if (loopAreas.cleanUp)
         loopAreas.cleanUp(0);
+    IpmiIfcSelCleanUpEventHandlers(0);
     stopEnded = true;
 }
 

@@ -104,13 +104,17 @@ Change changeOf(IpmiNode& node, const ipmiifc_sel_info& held,
                 const ipmiifc_sel_info& now) VEK_REQUIRES(node.selRefreshMutex)
 {
     constexpr unsigned mostFailures = 2;
-    if (_getState(0) == IpmiIfc::STATE_CLI || node.selRefresh.wholeAgain ||
-        node.selRefresh.lastRecordFailures >= mostFailures)
+    if (_getState(0) == IpmiIfc::STATE_CLI || node.selRefresh->wholeAgain ||
+        node.selRefresh->lastRecordFailures >= mostFailures ||
+        longWord(held.eraseTime) != longWord(now.eraseTime))
         return Change::all;
-    const bool erased = longWord(held.eraseTime) != longWord(now.eraseTime);
-    const bool added =
-        longWord(held.additionTime) != longWord(now.additionTime);
-    return erased ? Change::all : added ? Change::added : Change::none;
+    if (longWord(held.additionTime) == longWord(now.additionTime))
+        return Change::none;
+    // Records of an earlier start, of which the last one is not known.
+    VEK::MutexLock lock{node.selMutex};
+    return node.lastSelRecordId == 0 && !node.selRecords->empty()
+               ? Change::all
+               : Change::added;
 }
 
 // The information is kept only once all that it announces was read, so that
@@ -124,7 +128,7 @@ void readAdded(IpmiNode& node, const ipmiifc_sel_info& info, uint32_t since)
         VEK::MutexLock lock{node.selMutex};
         last = node.lastSelRecordId;
     }
-    SelRefresh& refresh = node.selRefresh;
+    SelRefresh& refresh = *node.selRefresh;
     const SelWalkEnd end = readNewRecords(node, last);
     if (end == SelWalkEnd::firstFailed)
         ++refresh.lastRecordFailures;
@@ -136,36 +140,49 @@ void readAdded(IpmiNode& node, const ipmiifc_sel_info& info, uint32_t since)
         VEK::MutexLock lock{node.selMutex};
         store(node, info);
     }
-    refresh.offered = queueEvents(node, refresh.offered, since, {});
+    refresh.offered = queueEvents(node, refresh.offered, since);
 }
 
 // What handlers were offered before is not new, though its time may say so.
+// The next poll goes on from here if this one is left in the midst of it.
+void startWhole(IpmiNode& node, const ipmiifc_sel_info& info, uint32_t since)
+    VEK_REQUIRES(node.selRefreshMutex)
+{
+    SelRefresh& refresh = *node.selRefresh;
+    VEK::MutexLock lock{node.selMutex};
+    const size_t offered = std::min(refresh.offered, node.selRecords->size());
+    for (size_t i = 0; i < offered; ++i)
+        refresh.known.insert(bytesOf(*(*node.selRecords)[i]));
+    refresh.offered = 0;
+    refresh.lastRecordFailures = 0;
+    refresh.since = since;
+    refresh.wholeAgain = true;
+    store(node, info);
+    node.lastSelRecordId = 0;
+}
+
 void readAll(IpmiNode& node, const ipmiifc_sel_info& info, uint32_t since)
     VEK_REQUIRES(node.selRefreshMutex)
 {
-    {
-        VEK::MutexLock lock{node.selMutex};
-        store(node, info);
-        node.lastSelRecordId = 0;
-    }
-    IpmiIfcSelReserve(0);
-    SelRefresh& refresh = node.selRefresh;
-    SelRecords known;
-    {
-        VEK::MutexLock lock{node.selMutex};
-        known.swap(*node.selRecords);
-    }
-    known.resize(std::min(known.size(), refresh.offered));
+    startWhole(node, info, since);
     startSelProgress(node, word(info.entryCount));
-    refresh = {};
-    refresh.wholeAgain = getAll(node) == SelWalkEnd::failed;
-    refresh.since = since;
-    refresh.offered = queueEvents(node, 0, since, known);
+    IpmiIfcSelReserve(0);
+    {
+        VEK::MutexLock lock{node.selMutex};
+        node.selRecords->clear();
+    }
+    const SelWalkEnd end = getAll(node);
+    SelRefresh& refresh = *node.selRefresh;
+    refresh.offered = queueEvents(node, 0, since, refresh.known);
+    if (end == SelWalkEnd::failed)
+        return;
+    refresh.wholeAgain = false;
+    refresh.known.clear();
 }
 
 void refreshLog(IpmiNode& node, const ipmiifc_sel_info& info)
+    VEK_REQUIRES(node.selRefreshMutex)
 {
-    VEK::MutexLock refreshing{node.selRefreshMutex};
     const ipmiifc_sel_info held = infoOf(node);
     const uint32_t heldTime = longWord(held.additionTime);
     uint32_t since = heldTime ? heldTime : longWord(info.additionTime);
@@ -176,10 +193,46 @@ void refreshLog(IpmiNode& node, const ipmiifc_sel_info& info)
         readAdded(node, info, since);
         return;
     case Change::all:
-        if (node.selRefresh.wholeAgain)
-            since = node.selRefresh.since;
+        if (node.selRefresh->wholeAgain)
+            since = node.selRefresh->since;
         readAll(node, info, since);
     }
+}
+
+// Without the handlers' calls.
+int takeInfo(IpmiNode& node, const ipmiifc_resp* resp, unsigned short* count)
+    VEK_REQUIRES(node.selRefreshMutex)
+{
+    constexpr int countAt = 2;
+    if (!resp || resp->cc != 0)
+        return -1;
+    // Its low byte: callers compare it for change only.
+    if (count && resp->data_len > countAt)
+        *count = resp->data[countAt];
+    ipmiifc_sel_info info;
+    if (resp->data_len < int(sizeof info)) {
+        // Times of 0 would make a cleared log of it.
+        syslog(LOG_WARNING, "%s: answer too short (%d)", "IpmiIfcRhSelInfo",
+               resp->data_len);
+        node.selComplete = false;
+        return -1;
+    }
+    memcpy(&info, resp->data, sizeof info);
+    refreshLog(node, info);
+    return 0;
+}
+
+// Null unless the controller told about its log.
+Response askForInfo()
+{
+    Response resp = sendAboutSel(storage, getSelInfo);
+    if (!resp || resp->cc == 0)
+        return resp;
+    if (resp->cc != nodeBusy && resp->cc != notPresent &&
+        resp->cc != noResponse)
+        syslog(LOG_WARNING, "%s: IPMI_CMD_GET_SEL_INFO cc=0x%x",
+               "IpmiIfcSelGetInfo", resp->cc);
+    return nullptr;
 }
 
 } // namespace
@@ -200,39 +253,32 @@ Response sendAboutSel(uint8_t netfn, uint8_t command, uint8_t* data,
 
 int IpmiIfcSelGetInfo(int, unsigned short* count)
 {
-    const Response resp = sendAboutSel(storage, getSelInfo);
-    if (!resp)
-        return -1;
-    if (resp->cc != 0) {
-        if (resp->cc != nodeBusy && resp->cc != notPresent &&
-            resp->cc != noResponse)
-            syslog(LOG_WARNING, "%s: IPMI_CMD_GET_SEL_INFO cc=0x%x", __func__,
-                   resp->cc);
-        return -1;
+    IpmiNode& node = g_IpmiNode[0];
+    {
+        // From the exchange on: no older answer is taken for a change behind
+        // a newer one.
+        VEK::MutexLock refreshing{node.selRefreshMutex};
+        const Response resp = askForInfo();
+        if (!resp)
+            return -1;
+        takeInfo(node, resp.get(), count);
     }
-    IpmiIfcRhSelInfo(resp.get(), count);
+    deliverEvents(node);
     return 0;
 }
 
 int IpmiIfcRhSelInfo(ipmiifc_resp* resp, unsigned short* count)
 {
-    if (!resp || resp->cc != 0)
+    if (!resp)
         return -1;
     IpmiNode& node = g_IpmiNode[resp->node];
-    ipmiifc_sel_info info;
-    if (resp->data_len < int(sizeof info)) {
-        // Times of 0 would make a cleared log of it.
-        syslog(LOG_WARNING, "%s: answer too short (%d)", __func__,
-               resp->data_len);
-        node.selComplete = false;
-        return -1;
+    int result = 0;
+    {
+        VEK::MutexLock refreshing{node.selRefreshMutex};
+        result = takeInfo(node, resp, count);
     }
-    memcpy(&info, resp->data, sizeof info);
-    if (count)
-        *count = info.entryCount[0]; // Callers compare it for change only.
-    refreshLog(node, info);
     deliverEvents(node);
-    return 0;
+    return result;
 }
 
 int IpmiIfcRhSelInfoNoCount(ipmiifc_resp* resp)

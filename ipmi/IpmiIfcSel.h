@@ -68,24 +68,20 @@ SelWalkEnd readNewRecords(IpmiNode& node, uint16_t lastId)
     VEK_REQUIRES(node.selRefreshMutex);
 
 using SelRecords = std::vector<std::shared_ptr<IpmiSelData>>;
+using SelRecordBytes = std::array<uint8_t, sizeof(sel_event_record)>;
+
+SelRecordBytes bytesOf(const IpmiSelData& data);
 
 /// Puts the cached events from index `first` on that are later than `since`,
 /// and not among `known`, behind those that wait for the handlers. Returns how
 /// many records the cache has.
 size_t queueEvents(IpmiNode& node, size_t first, uint32_t since,
-                   const SelRecords& known);
-/// Hands the waiting events on, unless another thread is at it, which then
-/// goes on with them.
+                   const std::set<SelRecordBytes>& known = {});
+/// Calls the handlers with what waits, unless another thread is at it, which
+/// then goes on with it.
 void deliverEvents(IpmiNode& node);
-
-/// What follows when a handler throws.
-enum class SelThrow
-{
-    goesOn,
-    endsWalk
-};
-/// Calls every handler, the last registered first.
-void callSelHandlers(IpmiNode& node, IpmiSelData* record, SelThrow afterThrow);
+/// Calls them with null, behind what waits.
+void announceRefresh(IpmiNode& node);
 
 /// Puts the list aside, elements and all; frees every element there is.
 void dropSelHandlers(IpmiNode& node) VEK_REQUIRES(node.selMutex);

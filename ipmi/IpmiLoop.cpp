@@ -33,11 +33,10 @@ void refreshReadings(int node)
     IpmiIfcSensorUpdateReading(node);
 }
 
-void cleanUp(int node)
+void cleanUpRecords(int node)
 {
     IpmiIfcSdrCleanUpHeaders(node);
     IpmiIfcSdrCleanUpAll(node);
-    IpmiIfcSelCleanUpEventHandlers(node);
 }
 
 } // namespace
@@ -49,7 +48,7 @@ LoopAreas loopAreas = {
     refreshReadings,   // sensor
     nullptr,           // FRU
     nullptr,           // LAN
-    cleanUp,           // clean-up
+    cleanUpRecords,    // clean-up
 };
 
 PollChoice choosePass(int pollCount, IpmiIfc::IPMI_POLL_TYPE type,
@@ -190,6 +189,9 @@ void Loop::countSelEntries()
     if (!loopAreas.selInfo)
         return;
     for (int tries = 1; loopAreas.selInfo(0, &entryCount_) != 0; ++tries) {
+        // Nothing is sent any more: no try would succeed.
+        if (node_.shutdownFlag)
+            return;
         sleep(1);
         if (tries == mostTries) {
             syslog(LOG_WARNING,
@@ -249,7 +251,7 @@ bool Loop::refresh(const PollChoice& choice, int skip)
     lastEntryCount_ = entryCount_;
     if (node_.shutdownFlag || !refreshSensors(full))
         return false;
-    callSelHandlers(node_, nullptr, SelThrow::endsWalk);
+    announceRefresh(node_);
     if (!refreshFru(full))
         return false;
     if (!node_.shutdownFlag)

@@ -17,13 +17,17 @@ IpmiNode::~IpmiNode()
 {
     if (sdrLock.tryLockForWriting()) {
         freeRecords(*this);
-        *sensors = {};
+        sensors.renew();
         sdrLock.unlock();
     }
+    if (selRefreshMutex.tryLock()) {
+        selRefresh.renew();
+        selRefreshMutex.unlock();
+    }
     if (selMutex.tryLock()) {
-        *selSummary = {};
-        *selRecords = {};
-        *selEvents = {};
+        selSummary.renew();
+        selRecords.renew();
+        selEvents.renew();
         freeSelHandlers(*this);
         selMutex.unlock();
     }
@@ -61,6 +65,8 @@ void InitIpmiNode(int node)
                   std::end(record.sdrReservation), uint8_t{0});
     }
     {
+        VEK::MutexLock refreshing{record.selRefreshMutex};
+        *record.selRefresh = {};
         VEK::MutexLock lock{record.selMutex};
         record.selInfo = {};
         record.selAllocInfo = {};

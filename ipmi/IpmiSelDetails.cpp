@@ -3,6 +3,7 @@
 // standard defines it: firmware puts all kinds of things into the others.
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <iterator>
 #include <sstream>
 #include <vector>
@@ -13,6 +14,7 @@
 
 #include "ipmi/IpmiEventLookup.h"
 #include "ipmi/IpmiSelRecord.h"
+#include "ipmi/RecordView.h"
 
 namespace Ipmi
 {
@@ -46,13 +48,16 @@ std::string hex(uint8_t value)
     return text;
 }
 
-std::string hexBytes(const uint8_t* first, const uint8_t* last)
+std::string hexBytes(RecordView bytes)
 {
     std::string text;
-    for (; first != last; ++first)
-        text += " " + hex(*first).substr(0, 2);
+    for (size_t i = 0; i < bytes.size(); ++i)
+        text += " " + hex(bytes.u8(i)).substr(0, 2);
     return text;
 }
+
+// How event data say that they say nothing, whatever their usage.
+constexpr uint8_t notGiven = 0xff;
 
 /// Parts of a sentence; empty ones are left out.
 using Parts = std::vector<std::string>;
@@ -84,6 +89,13 @@ bool isOwnedBy(const IpmiSensor& sensor, const sel_event_record& record)
            sensor.getChannel() == record.generatorId[1] >> 4;
 }
 
+// A log outlives the firmware that numbered the sensors.
+bool isOfSameType(const IpmiSensor& sensor, const sel_event_record& record)
+{
+    return sensor.getSensorType() == record.sensorType &&
+           sensor.getEventReadingType() == eventTypeOf(record);
+}
+
 // Others have factors for each reading, which only the controller knows.
 bool hasFixedFactors(const IpmiSensor& sensor)
 {
@@ -96,8 +108,8 @@ std::shared_ptr<IpmiSensor> findSensor(const sel_event_record& record, int node)
 {
     for (const auto& sensor : IpmiIfc::getSensors(node))
         if (sensor->getSensorNumber() == record.sensorNumber &&
-            isOwnedBy(*sensor, record) && sensor->isConvertible() &&
-            hasFixedFactors(*sensor))
+            isOwnedBy(*sensor, record) && isOfSameType(*sensor, record) &&
+            sensor->isConvertible() && hasFixedFactors(*sensor))
             return sensor;
     return nullptr;
 }
@@ -133,9 +145,9 @@ std::string thresholdDetails(const sel_event_record& record, int node)
 {
     const auto sensor = findSensor(record, node);
     Parts parts;
-    if (usageOf2(record) == standard)
+    if (usageOf2(record) == standard && record.eventData2 != notGiven)
         parts.push_back(valueText(sensor.get(), "reading", record.eventData2));
-    if (usageOf3(record) == standard)
+    if (usageOf3(record) == standard && record.eventData3 != notGiven)
         parts.push_back(
             valueText(sensor.get(), "threshold", record.eventData3));
     return joined(parts);
@@ -166,7 +178,7 @@ std::string configurationError(uint8_t value)
     constexpr const char* words[] = {
         "vendor mismatch", "revision mismatch", "processor missing",
         "power supply rating mismatch", "voltage rating mismatch"};
-    return wordOf(words, value & 0x0f);
+    return wordOf(words, value);
 }
 
 std::string eventTypeDisabled(uint8_t value)
@@ -365,14 +377,13 @@ std::string fruStateCause(uint8_t value)
         "IPMB address not computed",
         "unexpected deactivation",
     };
-    // The previous state is an offset of the same sensor type.
-    const std::string previous =
-        DescFromEvent(sensorSpecificEventType, 0x2c, value & 0x0f);
-    return joined({wordOf(words, value >> 4, "cause: "),
-                   previous.empty() ? "" : "before: " + previous});
+    return wordOf(words, value >> 4, "cause: ");
 }
 
-constexpr uint16_t any = 0xffff;
+constexpr uint16_t upTo(unsigned offset)
+{
+    return uint16_t((2u << offset) - 1);
+}
 
 constexpr uint16_t only(unsigned offset)
 {
@@ -385,27 +396,28 @@ struct Definition
     uint16_t offsets;
     std::string (*of2)(uint8_t value);
     std::string (*of3)(uint8_t value);
+    bool with2 = false; ///< Event data 3 says more of event data 2.
 };
 
 constexpr Definition definitions[] = {
     {0x05, only(4), networkController, nullptr},
     {0x08, only(6), nullptr, configurationError},
-    {0x0c, any, nullptr, memoryModule},
+    {0x0c, upTo(10), nullptr, memoryModule},
     {0x10, only(0), memoryModule, nullptr},
-    {0x10, only(1), eventTypeDisabled, whichEventsDisabled},
+    {0x10, only(1), eventTypeDisabled, whichEventsDisabled, true},
     {0x10, only(5), nullptr, percentFull},
-    {0x10, only(6), processorNumber, processorKind},
+    {0x10, only(6), processorNumber, processorKind, true},
     {0x12, only(3), auxiliaryLog, nullptr},
     {0x12, only(4), filterActions, nullptr},
     {0x12, only(5), clockSynch, nullptr},
     {0x19, only(0), requestedState, stateAtRequest},
     {0x1d, only(7), restartCause, channelNumber},
-    {0x21, any, slotType, slotNumber},
-    {0x23, any, watchdogUse, nullptr},
+    {0x21, upTo(9), slotType, slotNumber},
+    {0x23, upTo(3) | only(8), watchdogUse, nullptr},
     {0x28, only(0) | only(4), failedSensor, nullptr},
-    {0x2a, any, user, sessionEnd},
-    {0x2b, any, versionChanged, nullptr},
-    {0x2c, any, fruStateCause, nullptr},
+    {0x2a, upTo(3), user, sessionEnd},
+    {0x2b, upTo(7), versionChanged, nullptr},
+    {0x2c, upTo(7), fruStateCause, nullptr},
 };
 
 // The standard numbers what POST was at, or what went wrong with it, in event
@@ -422,26 +434,41 @@ std::string postCode(const sel_event_record& record)
                    text.offset == (record.eventData1 & offsetMask) &&
                    text.data3 == record.eventData2;
         });
-    return row == ipmi_sel_data.end() ? "" : row->description;
+    const std::string text = row == ipmi_sel_data.end() ? "" : row->description;
+    return text == "Reserved" ? "" : text;
+}
+
+// The state before, where a controller does not know it, is the present one.
+std::string fruStateBefore(const sel_event_record& record)
+{
+    constexpr uint8_t fruState = 0x2c;
+    const unsigned before = record.eventData2 & offsetMask;
+    if (record.sensorType != fruState ||
+        before == (record.eventData1 & offsetMask))
+        return "";
+    const std::string text =
+        DescFromEvent(sensorSpecificEventType, fruState, before);
+    return text.empty() ? "" : "before: " + text;
 }
 
 std::string definedDetails(const sel_event_record& record)
 {
-    constexpr uint8_t notGiven = 0xff;
     Parts parts;
     const bool has2 =
         usageOf2(record) == extension && record.eventData2 != notGiven;
     const bool has3 =
         usageOf3(record) == extension && record.eventData3 != notGiven;
-    if (has2)
+    if (has2) {
         parts.push_back(postCode(record));
+        parts.push_back(fruStateBefore(record));
+    }
     for (const Definition& row : definitions) {
         if (row.sensorType != record.sensorType ||
             !(row.offsets >> (record.eventData1 & offsetMask) & 1))
             continue;
         if (has2 && row.of2)
             parts.push_back(row.of2(record.eventData2));
-        if (has3 && row.of3)
+        if (has3 && row.of3 && (has2 || !row.with2))
             parts.push_back(row.of3(record.eventData3));
     }
     return joined(parts);
@@ -467,9 +494,9 @@ std::string discreteDetails(const sel_event_record& record)
     Parts parts{previousState(record)};
     if (eventTypeOf(record) == sensorSpecificEventType)
         parts.push_back(definedDetails(record));
-    if (usageOf2(record) == oemCode)
+    if (usageOf2(record) == oemCode && record.eventData2 != notGiven)
         parts.push_back("OEM data 2 " + hex(record.eventData2));
-    if (usageOf3(record) == oemCode)
+    if (usageOf3(record) == oemCode && record.eventData3 != notGiven)
         parts.push_back("OEM data 3 " + hex(record.eventData3));
     return joined(parts);
 }
@@ -489,16 +516,16 @@ std::string eventDetails(const sel_event_record& record, int node)
 
 std::string oemDetails(const sel_event_record& record)
 {
-    const auto* const bytes = reinterpret_cast<const uint8_t*>(&record);
-    const uint8_t* const end = bytes + sizeof record;
+    constexpr size_t timeAt = 3, manufacturerAt = 7, dataAt = 10;
+    uint8_t copy[sizeof record];
+    memcpy(copy, &record, sizeof copy);
+    const RecordView bytes{copy, sizeof copy};
     if (!isTimedOem(record))
-        return "data" + hexBytes(record.timeStamp, end);
-    constexpr unsigned manufacturerAt = 7, dataAt = 10;
-    const unsigned manufacturer = bytes[manufacturerAt] |
-                                  unsigned(bytes[manufacturerAt + 1]) << 8 |
-                                  unsigned(bytes[manufacturerAt + 2]) << 16;
+        return "data" + hexBytes(bytes.part(timeAt, bytes.size()));
+    const unsigned manufacturer = bytes.u16(manufacturerAt) |
+                                  unsigned(bytes.u8(manufacturerAt + 2)) << 16;
     return "manufacturer " + std::to_string(manufacturer) + ", data" +
-           hexBytes(bytes + dataAt, end);
+           hexBytes(bytes.part(dataAt, bytes.size()));
 }
 
 } // namespace

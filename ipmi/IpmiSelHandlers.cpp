@@ -3,7 +3,6 @@
 // An element leaves the list at once and its memory when no walk is under way:
 // a walk may be at it, in its callback or in one ahead of it.
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <cxxabi.h>
 #include <set>
@@ -106,13 +105,21 @@ bool callHandler(const SelHandlerEntry& entry, IpmiSelData* record)
     return false;
 }
 
-using RecordBytes = std::array<uint8_t, sizeof(sel_event_record)>;
-
-RecordBytes bytesOf(const IpmiSelData& data)
+// What is thrown ends the walk of a refresh, and not that of an event: each
+// event is for every handler.
+void callHandlers(IpmiNode& node, IpmiSelData* record)
 {
-    RecordBytes bytes;
-    memcpy(bytes.data(), &data.record(), bytes.size());
-    return bytes;
+    VEK::MutexLock lock{node.selMutex};
+    const HandlerWalk walk{node};
+    for (SelHandlerEntry* entry = node.selHandlers; entry; entry = entry->next)
+    {
+        if (!entry->callback)
+            continue;
+        const SelHandlerEntry called = *entry;
+        VEK::MutexUnlock unlocked{node.selMutex};
+        if (!callHandler(called, record) && !record)
+            break;
+    }
 }
 
 bool isLater(const IpmiSelData& data, uint32_t since)
@@ -124,33 +131,22 @@ bool isLater(const IpmiSelData& data, uint32_t since)
 
 } // namespace
 
-void callSelHandlers(IpmiNode& node, IpmiSelData* record, SelThrow afterThrow)
+SelRecordBytes bytesOf(const IpmiSelData& data)
 {
-    VEK::MutexLock lock{node.selMutex};
-    const HandlerWalk walk{node};
-    for (SelHandlerEntry* entry = node.selHandlers; entry; entry = entry->next)
-    {
-        if (!entry->callback)
-            continue;
-        const SelHandlerEntry called = *entry;
-        VEK::MutexUnlock unlocked{node.selMutex};
-        if (!callHandler(called, record) && afterThrow == SelThrow::endsWalk)
-            break;
-    }
+    SelRecordBytes bytes;
+    memcpy(bytes.data(), &data.record(), bytes.size());
+    return bytes;
 }
 
 size_t queueEvents(IpmiNode& node, size_t first, uint32_t since,
-                   const SelRecords& known)
+                   const std::set<SelRecordBytes>& known)
 {
-    std::set<RecordBytes> knownBytes;
-    for (const auto& record : known)
-        knownBytes.insert(bytesOf(*record));
     const bool silent = _getState(0) == IpmiIfc::STATE_CLI;
     VEK::MutexLock lock{node.selMutex};
     const SelRecords& records = *node.selRecords;
     for (size_t i = first; i < records.size() && !silent; ++i)
         if (isLater(*records[i], since) &&
-            knownBytes.count(bytesOf(*records[i])) == 0)
+            known.count(bytesOf(*records[i])) == 0)
             node.selEvents->push_back(records[i]);
     return records.size();
 }
@@ -165,13 +161,22 @@ void deliverEvents(IpmiNode& node)
         const std::shared_ptr<IpmiSelData> record = node.selEvents->front();
         node.selEvents->pop_front();
         VEK::MutexUnlock unlocked{node.selMutex};
-        callSelHandlers(node, record.get(), SelThrow::goesOn);
+        callHandlers(node, record.get());
     }
+}
+
+void announceRefresh(IpmiNode& node)
+{
+    {
+        VEK::MutexLock lock{node.selMutex};
+        node.selEvents->push_back(nullptr);
+    }
+    deliverEvents(node);
 }
 
 int IpmiIfcSelGenerateEvents(int, unsigned since)
 {
-    queueEvents(g_IpmiNode[0], 0, since, {});
+    queueEvents(g_IpmiNode[0], 0, since);
     deliverEvents(g_IpmiNode[0]);
     return 0;
 }

@@ -204,7 +204,6 @@ void Walk::append(const sel_event_record& record)
     VEK::MutexLock lock{node_.selMutex};
     node_.selRecords->push_back(std::move(data));
     node_.lastSelRecordId = word(record.recordId);
-    node_.selRead++;
 }
 
 // A controller that jumps back to a record that the cache has would make the
@@ -243,6 +242,7 @@ SelWalkEnd readWholeLog(IpmiNode& node)
         }
         if (!walk.holds(entry.record))
             walk.append(entry.record);
+        node.selRead++;
         walk.meet(word(entry.record.recordId));
         if (entry.nextRecordId == lastRecord || walk.isMet(entry.nextRecordId))
         {

@@ -55,7 +55,8 @@ int IpmiIfcSensorUpdateReading(int node);
 
 /// Asks for the state of the event log; in command-line mode reads the whole
 /// log, for IpmiIfc::getSelData and getSel. No handler is called then.
-/// @param count null, or receives the low byte of the number of entries.
+/// @param count null, or receives the low byte of the number of entries, if
+///     the answer has it.
 /// @return 0, or -1 when the controller does not tell about its log. What could
 ///     be read is there in any case; IpmiIfcSelGetProgress tells whether that
 ///     is all.

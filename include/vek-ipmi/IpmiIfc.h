@@ -123,10 +123,9 @@ public:
     /// The loop itself; start calls it.
     ///
     /// SEL handlers run on this thread with the poll mutex held, so that no
-    /// request for a poll is lost meanwhile: a handler may call everything
-    /// that answers from the caches, and sendCmd, but not poll, pollAll,
-    /// setPollingInterval or stop, which would wait for the handler's own
-    /// thread.
+    /// request for a poll is lost meanwhile: a handler must not call poll,
+    /// pollAll, setPollingInterval or stop, which would wait for the handler's
+    /// own thread.
     static void poll(int node);
     static void poll();
 
@@ -245,14 +244,16 @@ public:
     // once and in the order of the log. Times decide what is new: an event
     // stamped within the second that the log's last addition had at the poll
     // before, or earlier (the controller's clock was set back), is held and
-    // not handed on. getSelData has every record.
+    // not handed on; within that second it is read with the next addition.
+    // getSelData has every record that was read.
     //
-    // Handlers run one at a time, on the polling thread or on one that is in
-    // clearSel, with no lock of the log held: they may call everything here,
-    // register and unregister themselves and others. The poll waits for them.
-    // What a handler throws is logged; the others are called all the same for
-    // a record, and no more in that pass for null. An unregistered handler is
-    // not called again, save for a call that another thread has begun.
+    // Handlers run one at a time, with no lock of the log held, on the polling
+    // thread, or on one that is in clearSel; the other of the two then does not
+    // wait for them. They may call everything here, register and unregister
+    // themselves and others. What a handler throws is logged; the others are
+    // called all the same for a record, and no more in that pass for null. An
+    // unregistered handler is not called again, save for a call that another
+    // thread has begun.
 
     /// 0, also when the callback is registered already, whatever its context;
     /// 5 for null. Handlers are called last registered first.
@@ -261,7 +262,8 @@ public:
     static int registerSelEventHandler(SelEventHandler callback, void* context);
 
     /// 0; 5 for null; 2 when it is not registered. Handlers between the last
-    /// registered one and this one go with it: callers rely on it.
+    /// registered one and this one go with it, behind a call that is under way:
+    /// callers rely on it.
     static int unRegisterSelEventHandler(int node, SelEventHandler callback);
     static int unRegisterSelEventHandler(SelEventHandler callback);
 
@@ -283,8 +285,9 @@ public:
 
     /// Clears the log and reads it again, handing on what is new in it. Waits
     /// for a read of the log that is under way.
-    /// @return 0; 2 when the erasure failed, or was refused 5 times as busy;
-    ///     4 without an answer; 5 for any other refusal.
+    /// @return 0; 2 when the erasure failed, or 5 attempts were too busy or had
+    ///     their reservation cancelled (nothing is read then); 4 without an
+    ///     answer; 5 for any other refusal.
     static int clearSel(int node);
     static int clearSel();
 

@@ -3,10 +3,12 @@
 #ifndef VEK_IPMI_IPMINODE_H
 #define VEK_IPMI_IPMINODE_H
 
+#include <array>
 #include <cstddef>
-#include <deque>
+#include <list>
 #include <memory>
 #include <new>
+#include <set>
 #include <vector>
 
 #include <vek-ipmi/IpmiIfc.h>
@@ -59,10 +61,11 @@ struct SelRefresh
     size_t offered = 0;
     /// Polls in a row on which the last record held could not be read.
     unsigned lastRecordFailures = 0;
-    /// A read of the whole log failed in part and is due again, for events
-    /// later than `since`.
+    /// A read of the whole log did not come to its end and is due again, for
+    /// events later than `since` save these, which handlers were offered.
     bool wholeAgain = false;
     uint32_t since = 0;
+    std::set<std::array<uint8_t, 16>> known;
 };
 
 /// Ends of the wake-up pipe.
@@ -80,6 +83,12 @@ public:
     Undestroyed() { new (bytes_) T; }
     T& operator*() { return *std::launder(reinterpret_cast<T*>(bytes_)); }
     T* operator->() { return &**this; }
+    /// Frees what it holds.
+    void renew()
+    {
+        (**this).~T();
+        new (bytes_) T;
+    }
 
 private:
     alignas(T) unsigned char bytes_[sizeof(T)];
@@ -186,7 +195,7 @@ struct IpmiNode
     Undestroyed<std::shared_ptr<IpmiSel>> selSummary VEK_GUARDED_BY(selMutex);
     Undestroyed<std::vector<std::shared_ptr<IpmiSelData>>>
         selRecords VEK_GUARDED_BY(selMutex);
-    SelRefresh selRefresh VEK_GUARDED_BY(selRefreshMutex);
+    Undestroyed<SelRefresh> selRefresh VEK_GUARDED_BY(selRefreshMutex);
     /// As IpmiSelProgress has them.
     VEK::Relaxed<unsigned> selTotal{0};
     VEK::Relaxed<unsigned> selRead{0};
@@ -199,8 +208,9 @@ struct IpmiNode
     SelHandlerEntry* selRemoved VEK_GUARDED_BY(selMutex) = nullptr;
     /// Left the list without having been unregistered: kept to the end.
     SelHandlerEntry* selDropped VEK_GUARDED_BY(selMutex) = nullptr;
-    /// Events that no handler has seen yet, and whether a thread is at them.
-    Undestroyed<std::deque<std::shared_ptr<IpmiSelData>>>
+    /// What handlers are to be called with, null for a pass that refreshed the
+    /// caches, and whether a thread is at it.
+    Undestroyed<std::list<std::shared_ptr<IpmiSelData>>>
         selEvents VEK_GUARDED_BY(selMutex);
     bool selDelivering VEK_GUARDED_BY(selMutex) = false;
 };

@@ -12,7 +12,7 @@ namespace Ipmi
 struct ipmiifc_sel_info
 {
     uint8_t completionCode;
-    uint8_t selVersion; ///< 51h, or BCD with the low nibble major.
+    uint8_t selVersion; ///< BCD, low nibble major.
     uint8_t entryCount[2];
     uint8_t freeSpace[2];    ///< Bytes; FFFFh: that or more.
     uint8_t additionTime[4]; ///< Seconds since 1970, as every time of a log.
@@ -46,8 +46,9 @@ public:
     int getCurrentNumberOfRecords() const;
     /// Entries and the room that is left, at 16 bytes a record.
     int getMaxNumberOfRecords() const;
-    /// Seconds since 1970; 0 for none, and for one that the controller counted
-    /// from its own start (up to 20000000h; IPMI v2.0, 37).
+    /// Seconds since 1970; 0 for none, for one that the controller counted
+    /// from its own start (up to 20000000h; IPMI v2.0, 37), and from 80000000h
+    /// on: callers take it for a signed value.
     unsigned getAddTimeStampUnix() const;
     unsigned getEraseTimeStampUnix() const;
     /// Operation support (IPMI v2.0, 31.2, byte 15).
@@ -73,13 +74,13 @@ private:
     uint8_t enabled_ = 1;
 };
 
-/// How far a read of the log has come; for showing it to people.
+/// How far a read of the whole log has come; for showing it to people.
 struct IpmiSelProgress
 {
     unsigned total;  ///< Entries as the log says; 0: not asked yet, or none.
     unsigned read;   ///< Records held so far.
     unsigned failed; ///< Attempts at a record that were given up.
-    bool complete;   ///< The last read came to the end of the log.
+    bool complete;   ///< It came to the end of the log.
 };
 
 } // namespace Ipmi

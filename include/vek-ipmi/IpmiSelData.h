@@ -58,7 +58,7 @@ public:
     /// 6 critical, 7 fatal for non-recoverable thresholds; else 0.
     int severity() const;
     /// CIM AlertType: 5 device, 6 environmental (temperature), 8 security; 0
-    /// unless it is an event of a type that IPMI defines.
+    /// for OEM event types and unless it is an event.
     int alertType() const;
     /// The sensor's number, if the node has the sensor and it is neither of
     /// entity 00h or 22h nor of type 10h; else 0. Reads the SDR repository
@@ -81,8 +81,8 @@ public:
     /// threshold event and the threshold, by the sensor's factors if the node
     /// holds the sensor; for discrete events the previous state, and what the
     /// standard defines for the sensor type (IPMI v2.0, tables 29-6 and 42-3);
-    /// of an OEM record its bytes. Empty where the standard leaves the meaning
-    /// open. Sends nothing.
+    /// OEM codes and the bytes of an OEM record in hexadecimal. Empty where the
+    /// standard leaves the meaning open. Sends nothing.
     std::string details() const;
 
     /// The bytes.

@@ -35,8 +35,9 @@ constexpr SelEventHandler handler = handle<letter>;
 // Degrees C, a raw value each.
 Bytes inlet()
 {
-    constexpr uint8_t baseUnit = 21, factorM = 24;
-    return sensorRecord(1, 1, {{baseUnit, 1}, {factorM, 1}}, "Inlet");
+    constexpr uint8_t sensorType = 12, baseUnit = 21, factorM = 24;
+    return sensorRecord(1, 1, {{sensorType, 1}, {baseUnit, 1}, {factorM, 1}},
+                        "Inlet");
 }
 
 class Sel : public RecordsFixture
@@ -60,7 +61,7 @@ protected:
         IpmiNode& node = g_IpmiNode[0];
         {
             VEK::MutexLock refreshing{node.selRefreshMutex};
-            node.selRefresh = {};
+            *node.selRefresh = {};
         }
         VEK::MutexLock lock{node.selMutex};
         node.selRecords->clear();
@@ -486,6 +487,11 @@ TEST_F(Sel, eachNewEventOnceAndInOrder)
          {"cmd=get-sel-entry,data=??:??:02:00,cc=D5"},
          "i r 0 2 2 2 2 2 2 2 2",
          "B1 A1"},
+        {"and not at all",
+         nothing,
+         {"cmd=get-sel-entry,cc=D5"},
+         "i r 0 0 0 0 0 0 0 0 0 0 0 0",
+         ""},
         {"and the rest", nothing, {}, "i r 0 2 3", "B2 A2 B3 A3"},
         {"an answer without times",
          [](Log&) { add(1); },
@@ -553,7 +559,7 @@ TEST_F(Sel, handlersComeAndGo)
 {
     const auto call = [] {
         handed.clear();
-        callSelHandlers(g_IpmiNode[0], nullptr, SelThrow::endsWalk);
+        announceRefresh(g_IpmiNode[0]);
         return handed;
     };
     EXPECT_EQ(IpmiIfc::registerSelEventHandler(nullptr, nullptr), 5);
