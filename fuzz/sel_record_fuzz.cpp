@@ -1,6 +1,7 @@
 // A record of the event log through every operation and formatter.
 #include <algorithm>
 #include <cstring>
+#include <vector>
 #include <vek-ipmi/IpmiEvent.h>
 
 #include "fuzz/target.h"
@@ -8,10 +9,16 @@
 
 using namespace Ipmi;
 
+namespace
+{
+
+// A result that depends on all that was read, so that nothing is left out.
+size_t sum;
+
+} // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    // A result that depends on all that was read, so that nothing is left out.
-    static size_t sum;
     Event_log entry{};
     memcpy(&entry.record, data, std::min(size, sizeof entry.record));
     const IpmiSelData record{&entry.record, 0};
