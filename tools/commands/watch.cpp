@@ -2,8 +2,11 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
+#include <condition_variable>
 #include <csignal>
 #include <exception>
+#include <mutex>
 #include <pthread.h>
 #include <thread>
 #include <unistd.h>
@@ -29,7 +32,7 @@ void checkDevice()
 {
     if (getuid() != 0)
         throw Failure{Status::noDevice, "no permission to run the node",
-                      "--watch needs the real user id of root; without it, "
+                      "Watching needs the real user id of root; without it, "
                       "run the command again and again."};
     if (Ipmi::IpmiIfcOpenIpmiOpen(0) < 0)
         throw openFailure(errno, true);
@@ -107,8 +110,8 @@ private:
 class Poller
 {
 public:
-    Poller(const std::function<std::string()>& draw, Screen& screen)
-        : draw_{draw}, screen_{screen}, thread_{[this] {
+    explicit Poller(const Watching& watching)
+        : watching_{watching}, thread_{[this] {
               run();
           }}
     {}
@@ -122,7 +125,12 @@ public:
     Poller& operator=(const Poller&) = delete;
 
     // It ends with the poll that is under way.
-    void askToEnd() { __atomic_store_n(&over_, true, __ATOMIC_RELAXED); }
+    void askToEnd()
+    {
+        const std::lock_guard lock{mutex_};
+        __atomic_store_n(&over_, true, __ATOMIC_RELAXED);
+        wake_.notify_one();
+    }
 
     void end()
     {
@@ -140,13 +148,21 @@ private:
         IpmiIfc::pollAll(1, serial, type, &over_);
     }
 
+    void rest()
+    {
+        std::unique_lock lock{mutex_};
+        wake_.wait_for(lock, std::chrono::seconds{watching_.pause},
+                       [this] { return isOver(); });
+    }
+
     void run()
     {
         try {
-            poll(IpmiIfc::POLL_FULL, true, progressText);
+            poll(watching_.first, true, progressText);
             while (!isOver()) {
-                screen_.put(draw_());
-                IpmiIfc::pollAll(1, false, IpmiIfc::POLL_READINGS, &over_);
+                watching_.show();
+                rest();
+                IpmiIfc::pollAll(1, false, watching_.next, &over_);
             }
         } catch (...) {
             failure_ = std::current_exception();
@@ -154,8 +170,9 @@ private:
         }
     }
 
-    const std::function<std::string()>& draw_;
-    Screen& screen_;
+    const Watching& watching_;
+    std::mutex mutex_;
+    std::condition_variable wake_;
     bool over_ = false; ///< As pollAll takes it; only by the atomics above.
     std::exception_ptr failure_;
     std::thread thread_;
@@ -163,20 +180,19 @@ private:
 
 } // namespace
 
-Status watch(const std::function<std::string()>& draw, bool inPlace)
+Status watch(const Watching& watching)
 {
     checkDevice();
     loadHealthTable();
     const Signals signals;
-    Screen screen{inPlace};
     Node node;
     if (!Node::isRunning())
         throw Failure{Status::failed, "the node did not start",
                       "--verbose says more."};
-    Poller poller{draw, screen};
+    Poller poller{watching};
     signals.wait();
     poller.askToEnd();
-    screen.restore();
+    watching.over();
     signals.release();
     const Patience patience{[] {
         return std::string{"waiting for the last answer ..."};
@@ -184,6 +200,16 @@ Status watch(const std::function<std::string()>& draw, bool inPlace)
     node.end();
     poller.end();
     return Status::done;
+}
+
+Status watch(const std::function<std::string()>& draw, bool inPlace)
+{
+    Screen screen{inPlace};
+    return watch({IpmiIfc::POLL_FULL, IpmiIfc::POLL_READINGS,
+                  [&] { screen.put(draw()); },
+                  [&] {
+                      screen.restore();
+                  }});
 }
 
 } // namespace Tool

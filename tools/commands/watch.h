@@ -5,15 +5,30 @@
 #include <functional>
 #include <string>
 
+#include <vek-ipmi/IpmiIfc.h>
+
 #include "tools/status.h"
 
 namespace Tool
 {
 
-/// Starts the node, and after each poll puts what `draw` gives, in place on a
-/// terminal, until SIGINT or SIGTERM.
+/// What is done while the node is polled.
+struct Watching
+{
+    Ipmi::IpmiIfc::IPMI_POLL_TYPE first, next;
+    std::function<void()> show; ///< After each poll.
+    std::function<void()> over; ///< A signal has ended it.
+    unsigned pause = 0;         ///< Further seconds between two polls.
+};
+
+/// Starts the node and polls it, every 2 seconds at most, until SIGINT or
+/// SIGTERM.
+/// @throws Failure without root or a device, or what show throws.
+Status watch(const Watching& watching);
+
+/// Reads the sensors each time and puts what `draw` gives, in place on a
+/// terminal.
 /// @param inPlace false: never.
-/// @throws Failure without root or a device, or what draw throws.
 Status watch(const std::function<std::string()>& draw, bool inPlace);
 
 } // namespace Tool
