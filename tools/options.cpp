@@ -83,6 +83,7 @@ bool parse(int argc, char** argv, Options& options, Run& run, Status& status)
     addHysteresis(app, run);
     addEvents(app, run);
     addSdr(app, run);
+    addSel(app, run);
     addHealth(app, run);
     app.require_subcommand(1);
     try {

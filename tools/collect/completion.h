@@ -29,7 +29,11 @@ constexpr Command chassisIdentify = {0x00, 0x04}, getDeviceId = {0x06, 0x01},
                   getSensorEventEnable = {0x04, 0x29},
                   rearmSensorEvents = {0x04, 0x2A},
                   getSensorReading = {0x04, 0x2D},
-                  getSdrRepositoryInfo = {0x0A, 0x20};
+                  getSdrRepositoryInfo = {0x0A, 0x20},
+                  getSelInfo = {0x0A, 0x40}, getSelAllocation = {0x0A, 0x41},
+                  reserveSel = {0x0A, 0x42}, getSelEntry = {0x0A, 0x43},
+                  deleteSelEntry = {0x0A, 0x46}, clearSel = {0x0A, 0x47},
+                  getSelTime = {0x0A, 0x48}, setSelTime = {0x0A, 0x49};
 } // namespace commands
 
 struct Completion

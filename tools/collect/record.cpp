@@ -49,14 +49,7 @@ bool isSensor(uint8_t type)
     return type >= record_types::full && type <= record_types::eventOnly;
 }
 
-std::unique_ptr<Ipmi::IpmiSensor> makeSensor(Bytes bytes, bool discrete)
-{
-    const int length = static_cast<int>(bytes.size());
-    if (discrete)
-        return std::make_unique<Ipmi::IpmiDiscreteSensor>(length, bytes.data(),
-                                                          0);
-    return std::make_unique<Ipmi::IpmiThresholdSensor>(length, bytes.data(), 0);
-}
+constexpr uint8_t threshold = 0x01;
 
 // The library decodes the names of sensors: a name of another record goes to
 // where an event-only record has its own.
@@ -72,10 +65,8 @@ std::string nameOf(const Bytes& record, size_t nameAt)
     const size_t count = std::min(rest, record.size() - nameAt);
     const auto first = record.begin() + static_cast<ptrdiff_t>(nameAt);
     bytes.insert(bytes.end(), first, first + static_cast<ptrdiff_t>(count));
-    return makeSensor(bytes, true)->getIdString();
+    return makeSensor(bytes)->getIdString();
 }
-
-constexpr uint8_t threshold = 0x01;
 
 bool isKnownEventType(uint8_t type)
 {
@@ -98,12 +89,9 @@ LeftOut ruleFor(const Sensor& sensor, size_t length)
     return LeftOut::other;
 }
 
-Sensor withoutReading(Bytes bytes)
+Sensor withoutReading(const Bytes& bytes)
 {
-    bytes.resize(std::min<size_t>(bytes.size(), Ipmi::IpmiSdrRecord::capacity));
-    const bool discrete =
-        makeSensor(bytes, true)->getEventReadingType() != threshold;
-    Sensor sensor = collectSensor(*makeSensor(bytes, discrete));
+    Sensor sensor = collectSensor(*makeSensor(bytes));
     sensor.condition = Condition::leftOut;
     sensor.health = Health::none;
     sensor.reading.reset();
@@ -157,6 +145,25 @@ void restoreOrder(std::vector<Record>& records)
 }
 
 } // namespace
+
+uint8_t typeOf(const Bytes& record)
+{
+    constexpr size_t typeAt = 3;
+    return record.size() > typeAt ? record[typeAt] : uint8_t{0};
+}
+
+std::unique_ptr<Ipmi::IpmiSensor> makeSensor(Bytes record)
+{
+    record.resize(
+        std::min<size_t>(record.size(), Ipmi::IpmiSdrRecord::capacity));
+    const int length = static_cast<int>(record.size());
+    auto discrete =
+        std::make_unique<Ipmi::IpmiDiscreteSensor>(length, record.data(), 0);
+    if (discrete->getEventReadingType() != threshold)
+        return discrete;
+    return std::make_unique<Ipmi::IpmiThresholdSensor>(length, record.data(),
+                                                       0);
+}
 
 std::vector<Record> collectRecords()
 {

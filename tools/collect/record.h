@@ -33,6 +33,13 @@ struct Record
     Bytes bytes;
 };
 
+/// Its type byte; 0 when it is too short for one.
+uint8_t typeOf(const Bytes& record);
+
+/// The library's object for a full, compact or event-only record; of a longer
+/// one than it takes the beginning.
+std::unique_ptr<Ipmi::IpmiSensor> makeSensor(Bytes record);
+
 /// All that the node has read, in the order of the library's lists, within
 /// one in the order of the controller. Sends nothing.
 std::vector<Record> collectRecords();

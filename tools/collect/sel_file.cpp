@@ -1,0 +1,202 @@
+#include "tools/collect/sel_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tools/collect/sel.h"
+
+namespace Tool
+{
+
+namespace
+{
+
+constexpr size_t recordSize = sizeof(Ipmi::sel_event_record);
+
+[[noreturn]] void fail(const char* what, const std::string& path, int reason)
+{
+    throw Failure{Status::failed,
+                  std::string{what} + " " + path + ": " + strerror(reason), ""};
+}
+
+// A descriptor to write to; the file is whole only when finish returned.
+class Writer
+{
+public:
+    Writer(std::string path, int flags)
+        : path_{std::move(path)},
+          fd_{open(path_.c_str(), O_WRONLY | O_CLOEXEC | flags, 0666)}
+    {
+        if (fd_ < 0)
+            fail("cannot write", path_, errno);
+    }
+    ~Writer()
+    {
+        if (fd_ >= 0)
+            close(fd_);
+    }
+    Writer(const Writer&) = delete;
+    Writer& operator=(const Writer&) = delete;
+
+    void add(const Bytes& bytes)
+    {
+        size_t done = 0;
+        while (done < bytes.size()) {
+            const ssize_t n =
+                write(fd_, bytes.data() + done, bytes.size() - done);
+            if (n < 0 && errno != EINTR)
+                fail("cannot write", path_, errno);
+            done += n < 0 ? 0 : static_cast<size_t>(n);
+        }
+    }
+    void finish(bool sync)
+    {
+        const bool synced = !sync || fsync(fd_) == 0;
+        const int fd = fd_;
+        fd_ = -1;
+        if (close(fd) != 0 || !synced)
+            fail("cannot write", path_, errno);
+    }
+
+private:
+    std::string path_;
+    int fd_;
+};
+
+void replaceFile(const std::string& path, const Bytes& bytes)
+{
+    const std::string fresh = path + "." + std::to_string(getpid());
+    Writer writer{fresh, O_CREAT | O_EXCL};
+    try {
+        writer.add(bytes);
+        writer.finish(true);
+        if (rename(fresh.c_str(), path.c_str()) != 0)
+            fail("cannot write", path, errno);
+    } catch (const Failure&) {
+        unlink(fresh.c_str());
+        throw;
+    }
+}
+
+// The file that a link leads to is replaced, not the link.
+std::string resolved(const std::string& path)
+{
+    std::error_code ignored;
+    const auto target = std::filesystem::canonical(path, ignored);
+    return ignored ? path : target.string();
+}
+
+// "ipmitool sel writeraw" writes the manufacturer of an OEM record with a time
+// with its most significant byte first, which the log has last (IPMI v2.0,
+// 32.2).
+SelBytes asInFile(SelBytes record)
+{
+    constexpr size_t typeAt = 2, manufacturerAt = 7;
+    if (record[typeAt] >= 0xC0 && record[typeAt] <= 0xDF)
+        std::swap(record[manufacturerAt], record[manufacturerAt + 2]);
+    return record;
+}
+
+// Of the sensor data record that begins there, as its header says.
+size_t lengthOf(const uint8_t* record, size_t available)
+{
+    constexpr size_t header = 5, lengthAt = 4;
+    return available < header ? header : header + record[lengthAt];
+}
+
+} // namespace
+
+Bytes toBytes(const SelLog& log)
+{
+    Bytes bytes;
+    for (const auto& record : log.records) {
+        const SelBytes raw = asInFile(bytesOf(record->record()));
+        bytes.insert(bytes.end(), raw.begin(), raw.end());
+    }
+    return bytes;
+}
+
+SelLog selOf(const Bytes& bytes)
+{
+    SelLog log;
+    size_t at = 0;
+    for (; at + recordSize <= bytes.size(); at += recordSize) {
+        SelBytes raw;
+        memcpy(raw.data(), bytes.data() + at, recordSize);
+        const Ipmi::sel_event_record record = recordOf(asInFile(raw));
+        log.records.push_back(std::make_shared<Ipmi::IpmiSelData>(&record, 0));
+    }
+    log.total = static_cast<unsigned>(log.records.size());
+    log.complete = at == bytes.size();
+    return log;
+}
+
+// The node has a shared record once for each sensor: of those the one with the
+// lowest number is the record.
+Bytes toBytes(const std::vector<Bytes>& sensorRecords)
+{
+    constexpr size_t numberAt = 7;
+    std::map<unsigned, const Bytes*> byId;
+    for (const Bytes& record : sensorRecords) {
+        if (lengthOf(record.data(), record.size()) != record.size())
+            continue;
+        const Bytes*& kept = byId[record[0] | record[1] * 0x100u];
+        if (!kept ||
+            (record.size() > numberAt && record[numberAt] < (*kept)[numberAt]))
+            kept = &record;
+    }
+    Bytes bytes;
+    for (const auto& entry : byId)
+        bytes.insert(bytes.end(), entry.second->begin(), entry.second->end());
+    return bytes;
+}
+
+bool sensorRecordsOf(const Bytes& bytes, std::vector<Bytes>& records)
+{
+    size_t at = 0;
+    while (at < bytes.size()) {
+        const size_t length = lengthOf(bytes.data() + at, bytes.size() - at);
+        if (length > bytes.size() - at)
+            break;
+        const auto first = bytes.begin() + static_cast<ptrdiff_t>(at);
+        records.emplace_back(first, first + static_cast<ptrdiff_t>(length));
+        at += length;
+    }
+    return at == bytes.size();
+}
+
+Bytes readFile(const std::string& path)
+{
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored))
+        fail("cannot read", path, EISDIR);
+    std::ifstream file{path, std::ios::binary};
+    if (!file)
+        fail("cannot read", path, errno);
+    return Bytes{std::istreambuf_iterator<char>{file}, {}};
+}
+
+bool isOrBecomesFile(const std::string& path)
+{
+    struct stat found = {};
+    return stat(path.c_str(), &found) != 0 || S_ISREG(found.st_mode);
+}
+
+void writeFile(const std::string& path, const Bytes& bytes)
+{
+    if (isOrBecomesFile(path)) {
+        replaceFile(resolved(path), bytes);
+        return;
+    }
+    Writer writer{path, 0};
+    writer.add(bytes);
+    writer.finish(false);
+}
+
+} // namespace Tool

@@ -1,0 +1,113 @@
+// vek-ipmi sel save FILE
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <memory>
+
+#include "tools/collect/sel_file.h"
+#include "tools/commands/commands.h"
+#include "tools/commands/sel.h"
+#include "tools/print/json.h"
+#include "tools/print/output.h"
+
+namespace Tool
+{
+
+namespace
+{
+
+struct Arguments
+{
+    std::string file;
+    bool noSensors = false;
+};
+
+struct Saved
+{
+    std::string log, sensors; ///< Paths; the second may be empty.
+    size_t records = 0;
+};
+
+// Names from before, perhaps another server's, would be false.
+void removeStale(const std::string& path)
+{
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+}
+
+// A log that was not read to its end does not replace one that may be whole.
+Saved save(const SelContents& contents, const std::string& path)
+{
+    Saved saved;
+    saved.log = contents.log.complete || !isOrBecomesFile(path)
+                    ? path
+                    : path + ".partial";
+    saved.records = contents.log.records.size();
+    if (!contents.sensorRecords.empty() && isOrBecomesFile(saved.log)) {
+        saved.sensors = sensorsBeside(saved.log);
+        writeFile(saved.sensors, toBytes(contents.sensorRecords));
+    }
+    writeFile(saved.log, toBytes(contents.log));
+    if (saved.sensors.empty())
+        removeStale(sensorsBeside(saved.log));
+    return saved;
+}
+
+std::string inWords(const Saved& saved)
+{
+    std::string text = std::to_string(saved.records) +
+                       (saved.records == 1 ? " record" : " records") + " in " +
+                       saved.log;
+    if (!saved.sensors.empty())
+        text += ", the names of their sensors in " + saved.sensors;
+    return text + '\n';
+}
+
+Json inJson(const Saved& saved)
+{
+    Json json = document("sel-save");
+    json["file"] = printable(saved.log);
+    json["records"] = saved.records;
+    json["sensorFile"] =
+        saved.sensors.empty() ? Json(nullptr) : Json(printable(saved.sensors));
+    return json;
+}
+
+Status run(const Arguments& arguments, const Options& options)
+{
+    const SelContents contents = readContents(
+        [&](const Ipmi::IpmiSelData&) { return !arguments.noSensors; });
+    const Saved saved = save(contents, arguments.file);
+    // What goes to standard output is the log alone.
+    if (isOrBecomesFile(arguments.file))
+        put(options.json ? toText(inJson(saved)) : inWords(saved));
+    return complainOf(contents.gaps);
+}
+
+constexpr char notes[] =
+    "FILE holds 16 bytes a record, as 'ipmitool sel writeraw' writes it.\n"
+    "FILE.sdr holds the sensor data records, as 'ipmitool sdr dump' writes "
+    "them:\nwith these 'vek-ipmi sel list --file FILE' knows the sensors. What "
+    "is there\nalready is replaced when all is read and written. A log that "
+    "could not be\nread to its end goes to FILE.partial. Without sensors a "
+    "FILE.sdr from before\nis removed.";
+
+} // namespace
+
+void addSelSave(CLI::App& sel, Run& runs)
+{
+    CLI::App* save = sel.add_subcommand(
+        "save", "Write the records into a file, for 'sel list --file'");
+    const auto arguments = std::make_shared<Arguments>();
+    save->add_option("FILE", arguments->file, "Where to")->required();
+    save->add_flag("--no-sensors", arguments->noSensors,
+                   "Without FILE.sdr: the sensors are not read");
+    addNotes(*save, notes);
+    save->callback([arguments, &runs] {
+        runs = [arguments](const Options& options) {
+            return run(*arguments, options);
+        };
+    });
+}
+
+} // namespace Tool
