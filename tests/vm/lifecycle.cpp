@@ -5,6 +5,11 @@
 ///                      stopped while another thread waits for the answer to a
 ///                      request that the controller leaves unanswered
 ///     unbind           loses its interface and gets it back (sysfs)
+///     events           does what lines of standard input say, and answers each
+///                      with "done": "poll"; "interval", polls every 16 s from
+///                      then on; "await", waits until such a poll has brought
+///                      events. Two handlers print a line for each event that
+///                      they get, "first ID" and "second ID".
 ///
 /// Ends with status 0, or with 1 and a line that says what was not so.
 #include <atomic>
@@ -13,6 +18,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <glob.h>
+#include <iostream>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -20,6 +26,7 @@
 #include <vector>
 
 #include <vek-ipmi/IpmiIfc.h>
+#include <vek-ipmi/IpmiSelData.h>
 
 using Ipmi::IpmiIfc;
 
@@ -144,6 +151,51 @@ void unbindCase(const std::vector<int>&)
     node.stop();
 }
 
+std::atomic<unsigned> handled{0};
+
+void tell(const char* handler, const Ipmi::IpmiSelData* record)
+{
+    if (!record)
+        return; // The end of a pass.
+    std::printf("%s %d\n", handler, record->recordId());
+    ++handled;
+}
+
+void awaitEvents()
+{
+    const unsigned before = handled;
+    for (int tenths = 0; handled == before && tenths < 400; ++tenths)
+        std::this_thread::sleep_for(std::chrono::milliseconds{100});
+    // The poll goes on, and nothing more may come of it.
+    std::this_thread::sleep_for(std::chrono::seconds{2});
+}
+
+void eventsCase(const std::vector<int>&)
+{
+    Node node;
+    using Handler = Ipmi::SelEventHandler;
+    const Handler first = [](void*, Ipmi::IpmiSelData* record) {
+        tell("first", record);
+    };
+    const Handler second = [](void*, Ipmi::IpmiSelData* record) {
+        tell("second", record);
+    };
+    for (const Handler handler : {first, second})
+        expect(IpmiIfc::registerSelEventHandler(handler, nullptr) == 0,
+               "not registered");
+    for (std::string word; std::getline(std::cin, word);) {
+        if (word == "interval")
+            IpmiIfc::setPollingInterval(1);
+        if (word == "await")
+            awaitEvents();
+        else
+            node.poll();
+        std::puts("done");
+        std::fflush(stdout);
+    }
+    node.stop();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -151,7 +203,8 @@ int main(int argc, char** argv)
     const std::map<std::string, void (*)(const std::vector<int>&)> cases{
         {"poll", pollCase},
         {"stop-in-flight", stopInFlightCase},
-        {"unbind", unbindCase}};
+        {"unbind", unbindCase},
+        {"events", eventsCase}};
     std::vector<int> numbers;
     for (int i = 2; i < argc; ++i)
         numbers.push_back(int(std::strtol(argv[i], nullptr, 0)));
@@ -168,6 +221,7 @@ int main(int argc, char** argv)
         // Threads may be left waiting for what will never come.
         std::_Exit(1);
     }
-    std::fprintf(stderr, "usage: %s poll|stop-in-flight|unbind\n", argv[0]);
+    std::fprintf(stderr, "usage: %s poll|stop-in-flight|unbind|events\n",
+                 argv[0]);
     return 1;
 }
