@@ -143,6 +143,9 @@ TEST(Sel, thatIsNotWholeIsToldAndListed)
          "$sim --fault netfn=0a,cmd=20,cc=c0 -- $tool sel --sensor 3 --json "
          ">a; s=$?; grep -c '\"name\": null' a; exit $s",
          4, "2\n", "not read: C0h: node busy\n  Sensors"},
+        {"a name among them",
+         "$sim --fault netfn=0a,cmd=20,cc=c0 -- $tool sel --sensor FAN5", 4, "",
+         "not read: C0h.*no sensor 'FAN5'"},
         {"a controller without sensors",
          "$sim --fault netfn=0a,cmd=20,cc=c1 -- $tool sel | tail -n 1", 0,
          "80 records\n", "no sensor data repository"},

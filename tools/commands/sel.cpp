@@ -77,6 +77,19 @@ std::string textOf(const SelListing& listing, const Arguments& arguments,
                          : toTable(listing, Terminal::ofOutput());
 }
 
+// A name that fits nothing may be that of a sensor that was not read.
+void chooseAmong(SelListing& listing, const SelFilter& filter,
+                 const KnownSensors& sensors, const std::vector<Failure>& gaps)
+{
+    try {
+        choose(listing, filter, sensors);
+    } catch (Failure& failure) {
+        if (complainOf(gaps) != Status::done)
+            failure.status = Status::failed;
+        throw;
+    }
+}
+
 Status run(const Arguments& arguments, const SelFilter& filter,
            const Options& options)
 {
@@ -88,7 +101,7 @@ Status run(const Arguments& arguments, const SelFilter& filter,
         listing.records.push_back(collectSelRecord(*record, sensors));
     listing.log = std::move(contents.log);
     listing.utc = arguments.utc;
-    choose(listing, filter, sensors);
+    chooseAmong(listing, filter, sensors, contents.gaps);
     put(textOf(listing, arguments, options));
     return complainOf(contents.gaps);
 }

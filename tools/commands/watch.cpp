@@ -162,7 +162,8 @@ private:
             while (!isOver()) {
                 watching_.show();
                 rest();
-                IpmiIfc::pollAll(1, false, watching_.next, &over_);
+                if (!isOver())
+                    IpmiIfc::pollAll(1, false, watching_.next, &over_);
             }
         } catch (...) {
             failure_ = std::current_exception();
