@@ -17,6 +17,7 @@ constexpr uint8_t netFnSensor = 0x04;
 const Family* const families[] = {
     &identityFamily,  &systemInfoFamily, &chassisFamily, &channelFamily,
     &messagingFamily, &sdrFamily,        &selFamily,     &sensorFamily,
+    &fruFamily,       &lanFamily,
 };
 
 template <class Wanted>
@@ -131,8 +132,9 @@ std::optional<Bytes> Bmc::answerHere(const Request& request)
         if (matches(row, request))
             return row.answer.empty() ? std::nullopt
                                       : std::make_optional(row.answer);
-    // Only sensors are told apart by LUN.
-    if (request.lun != 0 && request.netFn != netFnSensor)
+    // Only sensors and FRU devices are told apart by LUN.
+    if (request.lun != 0 && request.netFn != netFnSensor &&
+        !isOfFru(request.netFn, request.command))
         return Bytes{cc::invalidForLun};
     const Command* command = findCommand(request.netFn, request.command);
     if (!command || !offers(*this, command))

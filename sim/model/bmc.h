@@ -9,7 +9,9 @@
 
 #include "sim/model/channel.h"
 #include "sim/model/chassis.h"
+#include "sim/model/fru.h"
 #include "sim/model/identity.h"
+#include "sim/model/lan.h"
 #include "sim/model/message.h"
 #include "sim/model/messaging.h"
 #include "sim/model/sdr.h"
@@ -44,6 +46,8 @@ struct BmcState
     std::optional<Repository> repository;
     std::optional<EventLog> eventLog;
     Sensors sensors; ///< By sensorKey.
+    std::vector<FruDevice> frus;
+    std::vector<LanConfig> lan; ///< One a channel.
     /// Further controllers, each on a bus that a channel of this one leads to.
     std::vector<BmcState> satellites;
     std::vector<FixedAnswer> answers;

@@ -205,23 +205,32 @@ void FieldReader::doInteger(const char* key, int32_t& value, int32_t min,
 }
 
 void FieldReader::doObject(const char* key, bool,
+                           const std::function<void(Fields&)>& describe,
+                           const char* shorthand)
+{
+    if (const Json* json = find(key))
+        readPart(*json, at(key), shorthand, describe);
+}
+
+void FieldReader::readPart(const Json& json, const std::string& place,
+                           const char* shorthand,
                            const std::function<void(Fields&)>& describe)
 {
-    const Json* json = find(key);
-    if (!json)
-        return;
-    FieldReader part{*json, at(key), mistakes_};
+    const bool isShort = shorthand && json.is_string();
+    const Json whole = isShort ? Json{{shorthand, json}} : Json{};
+    FieldReader part{isShort ? whole : json, place, mistakes_};
+    part.isShort_ = isShort;
     describe(part);
     part.finish();
 }
 
 void FieldReader::doList(const char* key, size_t,
-                         const std::function<void(Fields&, size_t)>& describe)
+                         const std::function<void(Fields&, size_t)>& describe,
+                         const char* shorthand)
 {
     items(key, [&](const Json& json, const std::string& place, size_t index) {
-        FieldReader part{json, place, mistakes_};
-        describe(part, index);
-        part.finish();
+        readPart(json, place, shorthand,
+                 [&](Fields& part) { describe(part, index); });
     });
 }
 
@@ -236,7 +245,7 @@ const nlohmann::json* FieldReader::find(const char* key)
 
 std::string FieldReader::at(const std::string& key) const
 {
-    return place_ + '/' + escapePointer(key);
+    return isShort_ ? place_ : place_ + '/' + escapePointer(key);
 }
 
 void FieldReader::mistake(const std::string& place, const std::string& reason)

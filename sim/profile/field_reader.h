@@ -46,12 +46,18 @@ private:
                    int32_t max) override;
     void doBits(const char* key, uint32_t& value, Words words) override;
     void doObject(const char* key, bool present,
-                  const std::function<void(Fields&)>& describe) override;
+                  const std::function<void(Fields&)>& describe,
+                  const char* shorthand) override;
     void doList(const char* key, size_t count,
-                const std::function<void(Fields&, size_t)>& describe) override;
+                const std::function<void(Fields&, size_t)>& describe,
+                const char* shorthand) override;
 
     const Json* find(const char* key);
     std::string at(const std::string& key) const;
+    /// Calls `describe` for an object, or for a string that is short for one.
+    void readPart(const Json& json, const std::string& place,
+                  const char* shorthand,
+                  const std::function<void(Fields&)>& describe);
     void mistake(const std::string& place, const std::string& reason);
     const std::string* string(const Json& json, const std::string& place);
     const Word* word(const Json& json, const std::string& place, Words words);
@@ -64,6 +70,7 @@ private:
     std::string place_;
     Mistakes& mistakes_;
     std::vector<std::string> asked_;
+    bool isShort_ = false; ///< Its one key stands for the object.
 };
 
 /// Fills fields from the text of one JSON object. Throws

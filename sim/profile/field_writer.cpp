@@ -82,23 +82,39 @@ void FieldWriter::doInteger(const char* key, int32_t& value, int32_t, int32_t)
     object_[key] = value;
 }
 
+namespace
+{
+
+Json shortened(Json part, const char* shorthand)
+{
+    return shorthand && part.size() == 1 && part.contains(shorthand)
+               ? part[shorthand]
+               : part;
+}
+
+} // namespace
+
 void FieldWriter::doObject(const char* key, bool present,
-                           const std::function<void(Fields&)>& describe)
+                           const std::function<void(Fields&)>& describe,
+                           const char* shorthand)
 {
     if (!present)
         return;
-    FieldWriter part{object_[key] = Json::object()};
+    Json object = Json::object();
+    FieldWriter part{object};
     describe(part);
+    object_[key] = shortened(std::move(object), shorthand);
 }
 
 void FieldWriter::doList(const char* key, size_t count,
-                         const std::function<void(Fields&, size_t)>& describe)
+                         const std::function<void(Fields&, size_t)>& describe,
+                         const char* shorthand)
 {
     for (size_t at = 0; at < count; ++at) {
         Json item = Json::object();
         FieldWriter part{item};
         describe(part, at);
-        object_[key].push_back(std::move(item));
+        object_[key].push_back(shortened(std::move(item), shorthand));
     }
 }
 

@@ -38,9 +38,11 @@ private:
                    int32_t max) override;
     void doBits(const char* key, uint32_t& value, Words words) override;
     void doObject(const char* key, bool present,
-                  const std::function<void(Fields&)>& describe) override;
+                  const std::function<void(Fields&)>& describe,
+                  const char* shorthand) override;
     void doList(const char* key, size_t count,
-                const std::function<void(Fields&, size_t)>& describe) override;
+                const std::function<void(Fields&, size_t)>& describe,
+                const char* shorthand) override;
 
     nlohmann::ordered_json& object_;
 };

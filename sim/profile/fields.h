@@ -100,30 +100,40 @@ public:
     virtual void texts(const char* key, std::vector<std::string>& values,
                        const Refusal& refusal) = 0;
 
+    /// Where a `shorthand` is given, a string may stand for an object with
+    /// this key alone, in lists too.
     template <class Part>
-    void object(const char* key, Part& part, void (*describe)(Fields&, Part&))
+    void object(const char* key, Part& part, void (*describe)(Fields&, Part&),
+                const char* shorthand = nullptr)
     {
-        doObject(key, true, [&](Fields& io) { describe(io, part); });
+        doObject(
+            key, true, [&](Fields& io) { describe(io, part); }, shorthand);
     }
     template <class Part>
     void object(const char* key, std::optional<Part>& part,
                 void (*describe)(Fields&, Part&))
     {
-        doObject(key, part.has_value(), [&](Fields& io) {
-            if (!part)
-                part.emplace();
-            describe(io, *part);
-        });
+        doObject(
+            key, part.has_value(),
+            [&](Fields& io) {
+                if (!part)
+                    part.emplace();
+                describe(io, *part);
+            },
+            nullptr);
     }
     template <class Part>
     void list(const char* key, std::vector<Part>& parts,
-              void (*describe)(Fields&, Part&))
+              void (*describe)(Fields&, Part&), const char* shorthand = nullptr)
     {
-        doList(key, parts.size(), [&](Fields& io, size_t at) {
-            if (at >= parts.size())
-                parts.resize(at + 1);
-            describe(io, parts[at]);
-        });
+        doList(
+            key, parts.size(),
+            [&](Fields& io, size_t at) {
+                if (at >= parts.size())
+                    parts.resize(at + 1);
+                describe(io, parts[at]);
+            },
+            shorthand);
     }
     /// A key that the profile has to state.
     virtual void require(const char* key) = 0;
@@ -137,10 +147,11 @@ protected:
                            int32_t max) = 0;
     virtual void doBits(const char* key, uint32_t& value, Words words) = 0;
     virtual void doObject(const char* key, bool present,
-                          const std::function<void(Fields&)>& describe) = 0;
-    virtual void
-    doList(const char* key, size_t count,
-           const std::function<void(Fields&, size_t)>& describe) = 0;
+                          const std::function<void(Fields&)>& describe,
+                          const char* shorthand) = 0;
+    virtual void doList(const char* key, size_t count,
+                        const std::function<void(Fields&, size_t)>& describe,
+                        const char* shorthand) = 0;
 };
 
 } // namespace Sim

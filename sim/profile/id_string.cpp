@@ -56,15 +56,15 @@ std::optional<Bytes> toSixBit(const std::string& text)
     return bytes;
 }
 
-std::string fromSixBit(const Bytes& id, size_t characters)
+std::string fromSixBit(const Bytes& data, size_t characters)
 {
     std::string text;
-    for (size_t bit = 8; text.size() < characters; bit += 6) {
+    for (size_t bit = 0; text.size() < characters; bit += 6) {
         const size_t at = bit / 8, shift = bit % 8;
-        if (at >= id.size())
+        if (at >= data.size())
             break;
-        const unsigned next = at + 1 < id.size() ? id[at + 1] : 0u;
-        text += char(((id[at] | next << 8) >> shift & 0x3F) + 0x20);
+        const unsigned next = at + 1 < data.size() ? data[at + 1] : 0u;
+        text += char(((data[at] | next << 8) >> shift & 0x3F) + 0x20);
     }
     return text;
 }
@@ -87,18 +87,20 @@ std::optional<Bytes> toBcdPlus(const std::string& text)
     return bytes;
 }
 
-std::string fromBcdPlus(const Bytes& id, size_t characters)
+std::string fromBcdPlus(const Bytes& data, size_t characters)
 {
     std::string text;
-    for (size_t at = 1; at < id.size() && text.size() < characters; ++at) {
-        text += bcdPlus[id[at] >> 4];
+    for (size_t at = 0; at < data.size() && text.size() < characters; ++at) {
+        text += bcdPlus[data[at] >> 4];
         if (text.size() < characters)
-            text += bcdPlus[id[at] & 0x0F];
+            text += bcdPlus[data[at] & 0x0F];
     }
     return text;
 }
 
-std::optional<Bytes> encoded(const std::string& text, IdEncoding encoding)
+} // namespace
+
+std::optional<Bytes> encodeText(const std::string& text, IdEncoding encoding)
 {
     switch (encoding) {
     case IdEncoding::BcdPlus:
@@ -113,11 +115,26 @@ std::optional<Bytes> encoded(const std::string& text, IdEncoding encoding)
     return Bytes(text.begin(), text.end());
 }
 
-} // namespace
+std::string decodeText(const Bytes& data, IdEncoding encoding,
+                       size_t characters)
+{
+    switch (encoding) {
+    case IdEncoding::BcdPlus:
+        return fromBcdPlus(data, characters);
+    case IdEncoding::SixBit:
+        return fromSixBit(data, characters);
+    default:
+        break;
+    }
+    const auto end =
+        data.begin() + std::ptrdiff_t(std::min(data.size(), characters));
+    return encoding == IdEncoding::EightBit ? fromLatin1(data.begin(), end)
+                                            : std::string(data.begin(), end);
+}
 
 std::optional<Bytes> encodeId(const std::string& text, IdEncoding encoding)
 {
-    const auto bytes = encoded(text, encoding);
+    const auto bytes = encodeText(text, encoding);
     if (!bytes)
         return std::nullopt;
     const bool packed =
@@ -134,20 +151,8 @@ std::string decodeId(const Bytes& id)
 {
     if (id.empty())
         return {};
-    const size_t characters = id[0] & 0x1F;
-    switch (IdEncoding(id[0] >> 6)) {
-    case IdEncoding::BcdPlus:
-        return fromBcdPlus(id, characters);
-    case IdEncoding::SixBit:
-        return fromSixBit(id, characters);
-    default:
-        break;
-    }
-    const auto end =
-        id.begin() + std::ptrdiff_t(std::min(id.size(), characters + 1));
-    return IdEncoding(id[0] >> 6) == IdEncoding::EightBit
-               ? fromLatin1(id.begin() + 1, end)
-               : std::string(id.begin() + 1, end);
+    return decodeText({id.begin() + 1, id.end()}, IdEncoding(id[0] >> 6),
+                      id[0] & 0x1F);
 }
 
 } // namespace Sim

@@ -19,6 +19,12 @@ enum class IdEncoding : uint8_t
     EightBit = 3 ///< ASCII and Latin-1.
 };
 
+/// No value for a UTF-8 text that the encoding cannot hold.
+std::optional<Bytes> encodeText(const std::string& text, IdEncoding encoding);
+/// At most so many characters of it.
+std::string decodeText(const Bytes& data, IdEncoding encoding,
+                       size_t characters = SIZE_MAX);
+
 /// Type/length byte, which counts characters, and string. No value for a
 /// UTF-8 text that the encoding cannot hold, or of more than 30 characters.
 std::optional<Bytes> encodeId(const std::string& text, IdEncoding encoding);
