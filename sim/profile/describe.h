@@ -16,6 +16,8 @@ void describe(Fields& io, Channel& channel);
 void describe(Fields& io, Messaging& messaging);
 void describe(Fields& io, Repository& repository);
 void describe(Fields& io, EventLog& log);
+void describeFrus(Fields& io, std::vector<FruDevice>& frus);
+void describeLan(Fields& io, std::vector<LanConfig>& lan);
 void describeSensors(Fields& io, Sensors& sensors);
 /// What a sensor does; what it is, its record says.
 void describeBehaviour(Fields& io, Sensor& sensor);

@@ -54,6 +54,7 @@ void describeSatellite(Fields& io, BmcState& state)
     io.number("address", state.address, Fields::Base::Hexadecimal);
     io.object("identity", state.identity, Sim::describe);
     describeSensors(io, state.sensors);
+    describeFrus(io, state.frus);
     io.list("answers", state.answers, describe);
 }
 
@@ -72,6 +73,8 @@ void describe(Fields& io, Profile& profile)
     io.object("repository", profile.state.repository, describe);
     io.object("eventLog", profile.state.eventLog, describe);
     describeSensors(io, profile.state.sensors);
+    describeFrus(io, profile.state.frus);
+    describeLan(io, profile.state.lan);
     io.list("satellites", profile.state.satellites, describeSatellite);
     io.list("answers", profile.state.answers, describe);
     io.texts("faults", profile.faults, refuseRule);

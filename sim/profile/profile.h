@@ -55,6 +55,12 @@ Repository makeRepository(const std::vector<std::string>& records);
 /// brace is the bytes of one in hexadecimal.
 EventLog makeEventLog(const std::vector<std::string>& records);
 
+/// A FRU device in the same way; mere bytes are device 0's contents.
+FruDevice makeFruDevice(const std::string& text);
+
+/// A LAN channel's configuration as one JSON object.
+LanConfig makeLanConfig(const std::string& text);
+
 } // namespace Sim
 
 #endif

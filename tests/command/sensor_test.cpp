@@ -66,8 +66,8 @@ TEST(Sensors, tellWhatOfTheRepositoryIsMissing)
         {"no walk",
          "$sim --fault netfn=0a,cmd=23,cc=c0 -- $tool sensors | tail -n 2; "
          "$sim --fault netfn=0a,cmd=23,cc=c0 -- $tool sdr >/dev/null",
-         4, "0 sensors\n105 records not read\n",
-         "only 0 of 105 .* .0 found, 0 unreadable"},
+         4, "0 sensors\n119 records not read\n",
+         "only 0 of 119 .* .0 found, 0 unreadable"},
     });
 }
 
@@ -96,7 +96,7 @@ TEST(Sensor, isFoundByDeviceIdNameOrNumberAndNeverGuessed)
 TEST(Sdr, listsRecordsWithTheirBytes)
 {
     check({
-        {"by type", "$sim -- $tool sdr | tail -n 24", 0, "@sdr.txt", ""},
+        {"by type", "$sim -- $tool sdr | tail -n 38", 0, "@sdr.txt", ""},
         {"bytes", "$sim -- $tool sdr --raw | sed -n 2,6p", 0, "@sdr-raw.txt",
          ""},
         {"as JSON", "$sim -- $tool sdr --raw --json | tail -n 36", 0,

@@ -263,10 +263,10 @@ TEST(SimFault, theRepositoryAndTheLogChangeUnderTheirReader)
         uint8_t records;
         bool stamped;
     } cases[] = {
-        {sdr, "cc=c0,nth=99", 0, 105, false},
-        {sdr, "cmd=get-sdr,change", 0xC5, 104, true},
-        {sdr, "cmd=get-sdr,change-unstamped", 0xC5, 104, false},
-        {sdr, "cmd=get-sdr,other-reader", 0xC5, 105, false},
+        {sdr, "cc=c0,nth=99", 0, 119, false},
+        {sdr, "cmd=get-sdr,change", 0xC5, 118, true},
+        {sdr, "cmd=get-sdr,change-unstamped", 0xC5, 118, false},
+        {sdr, "cmd=get-sdr,other-reader", 0xC5, 119, false},
         {sdr, "cmd=get-sdr-repository-info,entries=7", 0, 7, false},
         {sel, "cmd=get-sel-entry,change", 0, 80, false},
         {sel, "cmd=get-sel-entry,add-event", 0xC5, 81, true},

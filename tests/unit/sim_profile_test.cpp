@@ -50,6 +50,11 @@ std::string number(const std::string& fields)
     return record("'type': 1, 'number': 1, " + fields);
 }
 
+std::string fru(const std::string& fields)
+{
+    return areas("'frus': [{'device': 0, " + fields + "}]");
+}
+
 TEST(SimProfile, everyMistakeIsNamedWithItsPlace)
 {
     const std::string lan = "'medium': 'lan', 'protocol': 'kcs'}";
@@ -109,6 +114,19 @@ TEST(SimProfile, everyMistakeIsNamedWithItsPlace)
         {areas("'eventLog': {'records': [{'oem': '0xbf'}]}"), "/oem|OEM rec"},
         {areas("'eventLog': {'records': [{'record': ''}], 'capacity': 0}"),
          "/eventLog/records|more than the capacity"},
+        {areas("'frus': [{}]"), "/frus/0|\"device\" is missing"},
+        {areas("'frus': [{'device': 1}, {'device': 1}]"), "stands twice"},
+        {fru("'board': {'name': 'A'}"), "/board/name|one 8-bit character"},
+        {fru("'board': {'custom': ['ok', '\u4e00']}"), "/custom/1|more than"},
+        {fru("'board': {'custom': [{'encoding': 7}]}"), "/custom/0/encoding|"},
+        {fru("'board': {'date': '1995-12-31T23:59'}"), "/date|expected a time"},
+        {fru("'board': {'date': '2001-02-30T00:00'}"), "/date|expected a time"},
+        {fru("'raw': '01', 'product': {}"), "/frus/0/product|unknown key"},
+        {fru("'multi': [{'type': 'dc-load', 'output': 16}]"), "/output|expec"},
+        {areas("'lan': [{'channel': 1, 'address': '1.2.3'}]"),
+         "/lan/0/address|expected an IPv4 address"},
+        {areas("'lan': [{'channel': 1, 'ipv6': {'static': [{}]}}]"),
+         "/lan/0/ipv6/static/0|\"address\" is missing"},
         {areas("'faults': ['cc=c0', 'cc=x']"), "/faults/1|column 1: \"cc\""},
     };
     for (const auto& c : cases) {
@@ -158,11 +176,17 @@ TEST(SimProfile, whatIsWrittenReadsBackTheSame)
         Bmc first{profile->state}, second{again->state};
         for (Bmc* bmc : {&first, &second})
             bmc->setClock([] { return int64_t{1000}; });
-        const Bytes datas[] = {{},           {0x0F}, {0, 4, 1, 0},
-                               {0, 5, 0, 0}, {3},    {0, 0, 7, 0, 0, 0xFF}};
+        const Bytes datas[] = {{},
+                               {0x0F},
+                               {0, 4, 1, 0},
+                               {0, 5, 0, 0},
+                               {3},
+                               {0, 0, 7, 0, 0, 0xFF},
+                               {1, 56, 0, 0},
+                               {9, 0, 0, 200}};
         for (int command = 0; command < 0x60; ++command)
             for (const Bytes& data : datas)
-                for (uint8_t netFn : {0x00, 0x04, 0x06, 0x0A}) {
+                for (uint8_t netFn : {0x00, 0x04, 0x06, 0x0A, 0x0C}) {
                     const Request request{netFn, uint8_t(command), data};
                     EXPECT_EQ(first.answer(request), second.answer(request));
                 }
