@@ -105,8 +105,7 @@ int main(int argc, char** argv)
         if (!options.check.empty())
             return check(options);
         if (!options.dump.empty()) {
-            Sim::importFile(options.dumpIsLog ? Sim::importSel : Sim::importSdr,
-                            options.dump, options.output);
+            Sim::importFile(options.import, options.dump, options.output);
             return 0;
         }
         return options.serve.empty() ? run(options) : serve(options);

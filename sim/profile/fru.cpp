@@ -1,6 +1,6 @@
 #include "sim/model/fru.h"
 
-#include <cstdio>
+#include <algorithm>
 #include <ctime>
 #include <set>
 
@@ -33,9 +33,22 @@ std::optional<Bytes> encodeField(const std::string& text, uint8_t encoding)
 
 std::string textOf(const FruField& field)
 {
-    return field.encoding == binary
-               ? std::string{}
-               : decodeText(field.data, IdEncoding(field.encoding));
+    if (field.encoding == binary)
+        return {};
+    const auto encoding = IdEncoding(field.encoding);
+    const size_t size = field.data.size();
+    // Bits that are left over are no character.
+    return decodeText(field.data, encoding,
+                      encoding == IdEncoding::SixBit ? size * 4 / 3 : size * 2);
+}
+
+/// Whether a text says it all, and as people would write it.
+bool isText(const FruField& field)
+{
+    const std::string text = textOf(field);
+    return encodeField(text, field.encoding) == field.data &&
+           std::none_of(text.begin(), text.end(),
+                        [](char c) { return uint8_t(c) < ' '; });
 }
 
 void describeText(Fields& io, FruField& field)
@@ -54,12 +67,9 @@ void describeText(Fields& io, FruField& field)
 
 void describe(Fields& io, FruField& field)
 {
-    const auto isText = [&] {
-        return encodeField(textOf(field), field.encoding) == field.data;
-    };
     if (io.reads() || field.encoding != eightBit)
         io.choice("encoding", field.encoding, encodings);
-    if (io.reads() ? io.has("data") : !isText())
+    if (io.reads() ? io.has("data") : !isText(field))
         io.bytes("data", field.data, 0, longestField);
     else
         describeText(io, field);

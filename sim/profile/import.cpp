@@ -9,7 +9,8 @@ namespace Sim
 namespace
 {
 
-constexpr uint8_t sensorDevice = 0x01, sdrRepository = 0x02, selDevice = 0x04;
+constexpr uint8_t sensorDevice = 0x01, sdrRepository = 0x02, selDevice = 0x04,
+                  fruInventory = 0x08;
 constexpr uint8_t ipmb = 0x01, systemInterfaceMedium = 0x0C;
 constexpr uint8_t ipmbProtocol = 0x01, kcs = 0x05;
 
@@ -136,6 +137,20 @@ std::optional<Profile> importSel(const Bytes& dump, Mistakes& mistakes)
     if (log.records.empty() || log.records.size() > most)
         return refuse(mistakes, "not 1 to 65534 records");
     log.capacity = uint16_t(std::max<size_t>(log.capacity, log.records.size()));
+    return profile;
+}
+
+std::optional<Profile> importFru(const Bytes& dump, Mistakes& mistakes)
+{
+    constexpr size_t most = 0xFFFF;
+    if (dump.empty() || dump.size() > most)
+        return refuse(mistakes, "not 1 to 65535 bytes");
+    Profile profile = makeProfile(fruInventory);
+    FruDevice& fru = profile.state.frus.emplace_back();
+    fru.size = uint16_t(dump.size());
+    fru.contents = dump;
+    while (!fru.contents.empty() && fru.contents.back() == 0xFF)
+        fru.contents.pop_back();
     return profile;
 }
 

@@ -17,6 +17,10 @@ std::optional<Profile> importSdr(const Bytes& dump, Mistakes& mistakes);
 /// "ipmitool sel writeraw" writes it.
 std::optional<Profile> importSel(const Bytes& dump, Mistakes& mistakes);
 
+/// A controller with one FRU device, of which these are all bytes, as
+/// "ipmitool fru read" writes them.
+std::optional<Profile> importFru(const Bytes& dump, Mistakes& mistakes);
+
 } // namespace Sim
 
 #endif

@@ -40,7 +40,7 @@ class Formatter : public CLI::Formatter
         return "Usage: vek-ipmi-sim [OPTIONS] -- COMMAND [ARGUMENTS]\n"
                "       vek-ipmi-sim [OPTIONS] --serve HOST:PORT\n"
                "       vek-ipmi-sim check PROFILE\n"
-               "       vek-ipmi-sim import sdr|sel FILE [-o PROFILE]\n";
+               "       vek-ipmi-sim import sdr|sel|fru FILE [-o PROFILE]\n";
     }
 };
 
@@ -84,13 +84,23 @@ void declareImport(CLI::App& app, Options& options)
     CLI::App* import = app.add_subcommand(
         "import", "Make a profile of what a real controller holds");
     import->require_subcommand(1);
-    CLI::App* sdr = import->add_subcommand(
-        "sdr", "Of records as \"ipmitool sdr dump FILE\" writes them");
-    CLI::App* sel = import->add_subcommand(
-        "sel", "Of events as \"ipmitool sel writeraw FILE\" writes them");
-    sel->callback([&options] { options.dumpIsLog = true; });
-    for (CLI::App* kind : {sdr, sel}) {
-        kind->add_option("FILE", options.dump, "The records")
+    const struct
+    {
+        const char *name, *help;
+        Import import;
+    } kinds[] = {
+        {"sdr", "Of records as \"ipmitool sdr dump FILE\" writes them",
+         importSdr},
+        {"sel", "Of events as \"ipmitool sel writeraw FILE\" writes them",
+         importSel},
+        {"fru", "Of a device's bytes as \"ipmitool fru read ID FILE\" does",
+         importFru},
+    };
+    for (const auto& one : kinds) {
+        CLI::App* kind = import->add_subcommand(one.name, one.help);
+        kind->callback(
+            [&options, chosen = one.import] { options.import = chosen; });
+        kind->add_option("FILE", options.dump, "What was read")
             ->required()
             ->check(checkNotEmpty);
         kind->add_option("-o,--output", options.output,

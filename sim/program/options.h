@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "sim/controller.h"
+#include "sim/program/import.h"
 
 namespace Sim
 {
@@ -18,7 +19,7 @@ struct Options
     std::string serve;                ///< HOST:PORT; empty: run a command.
     std::string check;                ///< A profile; empty: do not check.
     std::string dump;                 ///< A file to import; empty: none.
-    bool dumpIsLog = false;           ///< Of the event log, not of SDRs.
+    Import import = nullptr;          ///< What kind of file it is.
     std::string output;               ///< Empty: standard output.
     std::vector<std::string> command; ///< With its arguments.
 };
