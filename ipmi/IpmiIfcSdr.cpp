@@ -5,6 +5,7 @@
 #include <cstring>
 #include <syslog.h>
 
+#include "ipmi/IpmiIfcEntity.h"
 #include "ipmi/IpmiIfcSensor.h"
 
 namespace Ipmi
@@ -159,6 +160,8 @@ int IpmiIfcRhGetSdrInfo(ipmiifc_resp* resp)
     IpmiIfcSdrReserve(number);
     getAll(number, true);
     IpmiIfcSensorInstantiateAll(number);
+    IpmiIfcEntityListCreate(number);
+    IpmiIfcEntityInstantiateAll(number);
     return 0;
 }
 

@@ -6,6 +6,8 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include "ipmi/IpmiIfcEntity.h"
+#include "ipmi/IpmiIfcFru.h"
 #include "ipmi/IpmiIfcSdr.h"
 #include "ipmi/IpmiIfcSel.h"
 #include "ipmi/IpmiIfcSensor.h"
@@ -33,10 +35,21 @@ void refreshReadings(int node)
     IpmiIfcSensorUpdateReading(node);
 }
 
+void refreshFrus(int node)
+{
+    IpmiIfcFruInstantiateAll(node);
+}
+
+void refreshLan(int node)
+{
+    IpmiIfc::getLan(node)->IpmiIfcLanInstantiate(node);
+}
+
 void cleanUpRecords(int node)
 {
     IpmiIfcSdrCleanUpHeaders(node);
     IpmiIfcSdrCleanUpAll(node);
+    IpmiIfcEntityCleanUpAll(node);
 }
 
 } // namespace
@@ -46,8 +59,8 @@ LoopAreas loopAreas = {
     IpmiIfcSelGetInfo, // SEL
     refreshRecords,    // SDR
     refreshReadings,   // sensor
-    nullptr,           // FRU
-    nullptr,           // LAN
+    refreshFrus,       // FRU
+    refreshLan,        // LAN
     cleanUpRecords,    // clean-up
 };
 

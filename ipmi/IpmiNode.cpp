@@ -1,3 +1,4 @@
+#include "ipmi/IpmiIfcEntity.h"
 #include "ipmi/IpmiIfcSdr.h"
 #include "ipmi/IpmiIfcSel.h"
 #include "ipmi/IpmiIfcSensor.h"
@@ -19,6 +20,16 @@ IpmiNode::~IpmiNode()
         freeRecords(*this);
         sensors.renew();
         sdrLock.unlock();
+    }
+    lan->release();
+    if (entityMutex.tryLock()) {
+        freeEntities(*this);
+        entities.renew();
+        entityMutex.unlock();
+    }
+    if (fruMutex.tryLock()) {
+        frus.renew();
+        fruMutex.unlock();
     }
     if (selRefreshMutex.tryLock()) {
         selRefresh.renew();

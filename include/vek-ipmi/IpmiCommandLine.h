@@ -53,6 +53,10 @@ IpmiSdrProgress IpmiIfcSdrGetProgress(int node);
 /// record.
 int IpmiIfcSensorUpdateReading(int node);
 
+/// Reads all FRU devices of which IpmiIfcSdrGetInfo has read the locator
+/// records, for IpmiIfc::getFrus. 0; -1 for a number without a record.
+int IpmiIfcFruInstantiateAll(int node);
+
 /// Asks for the state of the event log; in command-line mode reads the whole
 /// log, for IpmiIfc::getSelData and getSel. No handler is called then.
 /// @param count null, or receives the low byte of the number of entries, if

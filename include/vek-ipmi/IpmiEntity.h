@@ -4,6 +4,7 @@
 #define VEK_IPMI_IPMIENTITY_H
 
 #include <string>
+#include <vector>
 
 namespace Ipmi
 {
@@ -30,6 +31,9 @@ public:
     /// The CIM class of the alert indications about this part.
     std::string getAlertClassName() const;
 
+    /// As IpmiIfc::getEntityParent.
+    IpmiEntity getParent() const;
+
 private:
     struct Mapping
     {
@@ -42,6 +46,13 @@ private:
     unsigned instance_ = 0;
     unsigned reserved_ = 0;
     int node_ = 0;
+};
+
+/// A top-level entity and what it contains, in the order of the records.
+struct IpmiContainer
+{
+    IpmiEntity entity;
+    std::vector<IpmiEntity> contents;
 };
 
 } // namespace Ipmi

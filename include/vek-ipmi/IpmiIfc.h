@@ -21,6 +21,7 @@
 #include <vector>
 
 #include <vek-ipmi/CmpiStatus.h>
+#include <vek-ipmi/IpmiFru.h>
 #include <vek-ipmi/IpmiSdrRecord.h>
 #include <vek-ipmi/IpmiSel.h>
 #include <vek-ipmi/VekRelaxed.h>
@@ -28,6 +29,7 @@
 namespace Ipmi
 {
 
+class IpmiLan;     // IpmiLan.h
 class IpmiSelData; // IpmiSelData.h
 class IpmiSensor;  // IpmiSensor.h
 
@@ -297,6 +299,58 @@ public:
     /// Always 0.
     static uint32_t selGetClock(int node);
     static uint32_t selGetClock();
+
+    // Entities: the parts of the platform, as records of associations and
+    // sensors name them. What an earlier read named stays until the node is
+    // stopped.
+
+    /// Each container, and behind it what it contains; an entity that several
+    /// contain once for each.
+    static std::vector<IpmiEntity> getEntities(int node);
+    static std::vector<IpmiEntity> getEntities();
+
+    /// The first container that lists the entity; all zeros for none, and for
+    /// an entity that is a container itself or that a sensor names: callers
+    /// rely on it. getEntityTree has every container.
+    static IpmiEntity getEntityParent(int node, unsigned id, unsigned instance);
+    static IpmiEntity getEntityParent(unsigned id, unsigned instance);
+
+    /// The same as a tree.
+    static std::vector<IpmiContainer> getEntityTree(int node);
+    static std::vector<IpmiContainer> getEntityTree();
+
+    /// The controller's LAN interface; never null. Node 0's for a number
+    /// without a record.
+    static IpmiLan* getLan(int node);
+    static IpmiLan* getLan();
+
+    // The FRU devices, as the node last read them. These send nothing; they
+    // wait while a device is read.
+
+    /// One for each logical device that a locator record tells of, and one for
+    /// device 0; the array changes as a whole.
+    static std::vector<std::shared_ptr<IpmiFru>> getFrus(int node);
+    static std::vector<std::shared_ptr<IpmiFru>> getFrus();
+
+    /// Of the device that was read last.
+    static FruDeviceHeader getFruDeviceHeader(int node);
+    static FruDeviceHeader getFruDeviceHeader();
+
+    /// An area in words.
+    struct Part
+    {
+        std::string kind; ///< "Product", "Chassis", "Board", "Multi" or empty.
+        std::string name;
+        std::string partNumber;
+        std::string version;
+        std::string manufacturer;
+        std::string serialNumber;
+        std::string assetTag;
+        std::string date; ///< As IpmiFruBoard::getMfgDateTime8601.
+    };
+    /// Null is an area of no kind. Texts that the area's class does not have
+    /// are empty or "n/a".
+    static Part getFruPart(const std::shared_ptr<IpmiFruOptional>& area);
 
     // Commands to the controller itself.
 

@@ -12,12 +12,14 @@
 #include <vector>
 
 #include <vek-ipmi/IpmiIfc.h>
+#include <vek-ipmi/IpmiLan.h>
 #include <vek-ipmi/VekMutex.h>
 #include <vek-ipmi/VekRelaxed.h>
 
 namespace Ipmi
 {
 
+struct ipmiifc_entity_list;
 struct ipmiifc_sdr_list;
 
 /// First five bytes of a record (IPMI v2.0, 43); the id is the one under which
@@ -182,7 +184,14 @@ struct IpmiNode
     VEK::Relaxed<uint8_t> targetChannel{0};
 
     VEK::Mutex entityMutex;
-    VEK::Mutex fruMutex;
+    ipmiifc_entity_list* entityTree VEK_GUARDED_BY(entityMutex) = nullptr;
+    Undestroyed<std::vector<IpmiEntity>> entities VEK_GUARDED_BY(entityMutex);
+    VEK::Mutex fruMutex; ///< Held while a FRU device is read, too.
+    FruDeviceHeader fruDeviceHeader VEK_GUARDED_BY(fruMutex) = {};
+    Undestroyed<std::vector<std::shared_ptr<IpmiFru>>>
+        frus VEK_GUARDED_BY(fruMutex);
+    Undestroyed<IpmiLan> lan;
+
     /// Held while the log is read and while it is cleared, so that one thread
     /// does not cancel the other's reservation; never while handlers run.
     VEK::Mutex selRefreshMutex;

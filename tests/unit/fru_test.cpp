@@ -1,0 +1,284 @@
+// What is decoded from a FRU device's areas.
+#include <gtest/gtest.h>
+#include <vek-ipmi/IpmiFru.h>
+#include <vek-ipmi/IpmiIfc.h>
+
+using namespace Ipmi;
+
+namespace
+{
+
+using Bytes = std::vector<uint8_t>;
+
+template <typename Area>
+Area areaOf(const Bytes& bytes)
+{
+    return Area{unsigned(bytes.size()), bytes.data()};
+}
+
+// An area's own bytes, then fields; each text is "C3 abc"-like bytes.
+Bytes withFields(Bytes head, const std::vector<std::string>& texts)
+{
+    for (const std::string& text : texts) {
+        head.push_back(uint8_t(0xc0 | text.size()));
+        head.insert(head.end(), text.begin(), text.end());
+    }
+    head.push_back(0xc1);
+    return head;
+}
+
+const Bytes chassisHead{1, 1, 0x17}, boardHead{1, 1, 0, 0, 0, 0},
+    productHead{1, 1, 0};
+
+TEST(Fru, fieldsOfAnArea)
+{
+    const auto product = areaOf<IpmiFruProduct>(withFields(
+        productHead, {"maker ", "name", "part", "ver", "serial", "tag"}));
+    EXPECT_EQ(product.getManufacturer(), "maker");
+    EXPECT_EQ(product.getName(), "name");
+    EXPECT_EQ(product.getPartNumber(), "part");
+    EXPECT_EQ(product.getVersion(), "ver");
+    EXPECT_EQ(product.getSerialNumber(), "serial");
+    EXPECT_EQ(product.getAssetTag(), "tag");
+    const auto board = areaOf<IpmiFruBoard>(
+        withFields(boardHead, {"maker", "name", "serial", "part"}));
+    EXPECT_EQ(board.getManufacturer() + board.getName() +
+                  board.getSerialNumber() + board.getPartNumber(),
+              "makernameserialpart");
+    const auto chassis =
+        areaOf<IpmiFruChassis>(withFields(chassisHead, {"part", "serial"}));
+    EXPECT_EQ(chassis.getPartNumber(), "part");
+    EXPECT_EQ(chassis.getManufacturer(), "n/a");
+    // From a byte ahead: "t" is a 6-bit field of 52 bytes, which are not there.
+    EXPECT_EQ(chassis.getSerialNumber(), "n/a");
+    // An empty part number's own byte is there instead.
+    EXPECT_EQ(areaOf<IpmiFruChassis>(withFields(chassisHead, {"", "serial"}))
+                  .getSerialNumber(),
+              "n/a");
+    // A length of two in the part number's last byte: the serial number's own
+    // byte and its first character.
+    EXPECT_EQ(
+        areaOf<IpmiFruChassis>(withFields(chassisHead, {"par\xc2", "serial"}))
+            .getSerialNumber(),
+        " s");
+
+    IpmiFruProduct copy = product;
+    copy = copy;
+    EXPECT_EQ(copy.getName(), "name");
+    copy.set(unsigned(copy.size()), copy.bytes());
+    EXPECT_EQ(copy.getName(), "name");
+}
+
+// The manufacturer of a board and the serial number behind it, for every kind
+// of field and of end.
+TEST(Fru, missingAndOddFields)
+{
+    const struct
+    {
+        const char* what;
+        Bytes fields; ///< Behind the board's own bytes.
+        const char* manufacturer;
+        const char* name;
+        const char* serialNumber;
+    } cases[] = {
+        {"nothing", {}, "n/a", "", "n/a"},
+        {"an end mark first", {0xc1, 'x', 0xc1}, "x", "", "n/a"},
+        {"empty fields", {0xc0, 0xc0, 0xc0, 0xc1}, "n/a", "", "n/a"},
+        {"blanks stay", {0xc2, ' ', '\t', 0xc0, 0xc0}, "  ", "", "n/a"},
+        {"not printable", {0xc3, 'a', 0x01, 'b', 0xc1, 0}, "a b", " ", "n/a"},
+        {"6-bit", {0x83, 0x24, 0x08, 0x82, 0x80, 0x81, 0x21}, "D@@@", " ", "A"},
+        {"6-bit at the end", {0x82, 0x24, 0x08}, "D@", "", "n/a"},
+        {"binary and BCD plus",
+         {0x02, 'a', 'b', 0x41, 0x12, 0xc1},
+         "n/a",
+         "",
+         "n/a"},
+        {"past the end", {0xc2, 'a', 'b', 0xc5, 'c', 'd'}, "ab", "", "n/a"},
+        {"6-bit past the end", {0x83, 0x24, 0x08}, "n/a", "", "n/a"},
+        {"a length that leads out", {0xff}, "n/a", "", "n/a"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        Bytes bytes = boardHead;
+        bytes.insert(bytes.end(), c.fields.begin(), c.fields.end());
+        const auto board = areaOf<IpmiFruBoard>(bytes);
+        EXPECT_EQ(board.getManufacturer(), c.manufacturer);
+        EXPECT_EQ(board.getName(), c.name);
+        EXPECT_EQ(board.getSerialNumber(), c.serialNumber);
+        bytes[0] = 0x02;
+        EXPECT_EQ(areaOf<IpmiFruBoard>(bytes).getManufacturer(), "n/a");
+    }
+    EXPECT_EQ(IpmiFruBoard{}.getManufacturer(), "n/a");
+    EXPECT_EQ(IpmiFruBoard{}.getMfgDateTime8601(), "N/A");
+}
+
+TEST(Fru, chassisTypesAndDates)
+{
+    const struct
+    {
+        uint8_t version, type;
+        const char* text;
+    } types[] = {{1, 0x00, "Unspecified"},
+                 {0x11, 0x17, "Rack Mount Chassis"},
+                 {1, 0x02, "Unknown"},
+                 {1, 0x24, "Stick PC"},
+                 {1, 0x25, "unknown"},
+                 {1, 0x26, "Unknown"},
+                 {2, 0xff, "Unknown"},
+                 {2, 0x17, "unknown"},
+                 {0, 0x17, ""},
+                 {0, 0x25, ""}};
+    for (const auto& t : types)
+        EXPECT_EQ(areaOf<IpmiFruChassis>({t.version, 1, t.type}).getType(),
+                  t.text)
+            << int(t.version) << ' ' << int(t.type);
+    const auto date = [](uint8_t low, uint8_t middle, uint8_t high) {
+        return areaOf<IpmiFruBoard>({1, 1, 0, low, middle, high})
+            .getMfgDateTime8601();
+    };
+    EXPECT_EQ(date(0, 0, 0), "1996-01-01T00:00:00");
+    EXPECT_EQ(date(0xff, 0xff, 0xff), "2027-11-24T20:15:00");
+    EXPECT_EQ(date(0x3c, 0, 0), "1996-01-01T01:00:00");
+}
+
+Bytes multiRecord(uint8_t type, bool last, const Bytes& data)
+{
+    Bytes bytes{type, uint8_t(last ? 0x82 : 0x02), uint8_t(data.size()), 0, 0};
+    bytes.insert(bytes.end(), data.begin(), data.end());
+    return bytes;
+}
+
+Bytes powerSupply(uint8_t flags, uint8_t tachometer)
+{
+    return {0x20, 0xf3,  0xff, 0xff, 30,   5,    0x28, 0x23,
+            0x90, 0x33,  0,    0,    0,    0,    47,   63,
+            12,   flags, 0x20, 0x43, 0x13, 0xe8, 0x03, tachometer};
+}
+
+TEST(Fru, valuesOfMultiRecords)
+{
+    Bytes chain = multiRecord(0x00, false, powerSupply(0x1f, 7));
+    for (const Bytes& more :
+         {multiRecord(
+              0x01, false,
+              {0x81, 0x0c, 0xfe, 0, 0x80, 0xff, 0x7f, 1, 0, 2, 0, 3, 0}),
+          multiRecord(0x02, false,
+                      {0x0f, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 0xff, 0xff}),
+          multiRecord(0x02, true, {0x01, 9, 9})})
+        chain.insert(chain.end(), more.begin(), more.end());
+    const auto multi = areaOf<IpmiFruMulti>(chain);
+    const char* const values[FRU_KEY_COUNT] = {
+        "800",   "65535",
+        "30",    "5",
+        "9000",  "13200",
+        "0",     "0",
+        "47",    "63",
+        "12",    "true",
+        "true",  "true",
+        "true",  "true",
+        "4",     "800",
+        "-12 V", "3.3 V",
+        "1000",  "Two pulses per rotation",
+        "yes",   "1",
+        "-500",  "-32768",
+        "32767", "1",
+        "2",     "3",
+        "15",    "1",
+        "2",     "3",
+        "4",     "5",
+        "65535"};
+    for (int key = 0; key < FRU_KEY_COUNT; ++key) {
+        const FruKeyInfo* const info = getFruKeyInfo(key);
+        EXPECT_EQ(multi.getValue(info->recordType, FruKey(key)), values[key])
+            << info->name;
+        EXPECT_EQ(multi.getValue(uint8_t(info->recordType ^ 3), FruKey(key)),
+                  "");
+    }
+    EXPECT_EQ(getFruKeyInfo(FRU_KEY_COUNT), nullptr);
+    EXPECT_EQ(multi.getValue(0x02, FruKey(99)), "");
+    EXPECT_TRUE(multi.isMultiRecordTypePresent(0x02));
+    EXPECT_FALSE(multi.isMultiRecordTypePresent(0x05));
+    EXPECT_EQ(multi.getPowerSupplyValue(nullptr, FRU_PS_PEAK_VA), "");
+    EXPECT_EQ(multi.getDCLoad(nullptr, FRU_DC_LOAD_NUMBER), "");
+    const Bytes elsewhere = powerSupply(0, 0);
+    EXPECT_EQ(multi.getPowerSupplyValue(elsewhere.data(), FRU_PS_HOT_SWAP),
+              "fase");
+    EXPECT_EQ(
+        multi.getPowerSupplyValue(elsewhere.data(), FRU_PS_HOT_SWAP_AGAIN),
+        "false");
+}
+
+TEST(Fru, chainsThatLie)
+{
+    const struct
+    {
+        const char* what;
+        Bytes chain;
+        FruKey key;
+        const char* text;
+    } cases[] = {
+        {"nothing", {}, FRU_PS_PEAK_VA, ""},
+        {"half a header", {0x00, 0x82, 24}, FRU_PS_PEAK_VA, ""},
+        {"no data", {0x00, 0x82, 24, 0, 0}, FRU_PS_PEAK_VA, ""},
+        {"a short record", multiRecord(0, true, {1, 2, 3}), FRU_PS_PEAK_VA, ""},
+        {"one that ends with the field", multiRecord(0, true, {1, 2, 3, 4}),
+         FRU_PS_PEAK_VA, "1027"},
+        {"a length of 0",
+         {0x05, 0x02, 0, 0, 0, 0, 0x82, 4, 0, 0, 1, 2, 3, 4},
+         FRU_PS_PEAK_VA,
+         ""},
+        {"a length beyond the end",
+         {0x05, 0x02, 0xff, 0, 0, 0, 0x82, 4, 0, 0, 1, 2, 3, 4},
+         FRU_PS_PEAK_VA,
+         ""},
+        {"no last one", multiRecord(5, false, {1}), FRU_PS_PEAK_VA, ""},
+        {"pin polarity", multiRecord(0, true, powerSupply(0x11, 0)),
+         FRU_PS_TACHOMETER, "Failure on pin de-assertion"},
+        {"the other", multiRecord(0, true, powerSupply(0x01, 0)),
+         FRU_PS_TACHOMETER, "Failure on pin assertion"},
+        {"one pulse", multiRecord(0, true, powerSupply(0x01, 1)),
+         FRU_PS_TACHOMETER, "One pulse per rotation"},
+        {"no tachometer", multiRecord(0, true, powerSupply(0x10, 1)),
+         FRU_PS_TACHOMETER, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto multi = areaOf<IpmiFruMulti>(c.chain);
+        EXPECT_EQ(multi.getValue(0x00, c.key), c.text);
+        multi.dump();
+    }
+    Bytes odd = powerSupply(0, 0);
+    odd[20] = 0x40;
+    EXPECT_EQ(areaOf<IpmiFruMulti>(multiRecord(0, true, odd))
+                  .getValue(0, FRU_PS_COMBINED_VOLTAGE_1),
+              "n/a");
+}
+
+TEST(Fru, partsByTheAreasClass)
+{
+    const auto board = std::make_shared<IpmiFruBoard>(
+        areaOf<IpmiFruBoard>(withFields(boardHead, {"ma", "na", "se", "pa"})));
+    const auto part = IpmiIfc::getFruPart(board);
+    EXPECT_EQ(part.kind + part.name + part.partNumber + part.version +
+                  part.manufacturer + part.serialNumber + part.assetTag +
+                  part.date,
+              "Boardnapamase1996-01-01T00:00:00");
+    EXPECT_EQ(IpmiIfc::getFruPart(std::make_shared<IpmiFruMulti>()).kind,
+              "Multi");
+    EXPECT_EQ(IpmiIfc::getFruPart(nullptr).name, "n/a");
+    EXPECT_EQ(IpmiIfc::getFruPart(nullptr).kind, "");
+
+    uint8_t locator[] = {1,    0,    0x51, 0x11, 11,   0x72, 0x05,
+                         0x98, 0x70, 0x00, 0x10, 0x02, 7,    0x81};
+    const IpmiFru fru{{sizeof locator, locator}, {board}, 0};
+    EXPECT_EQ(fru.getSlaveAddress(), 0x72);
+    EXPECT_EQ(fru.getOwnerId(), 5);
+    EXPECT_EQ(fru.getLun(), 3);
+    EXPECT_EQ(fru.getChannel(), 7);
+    EXPECT_TRUE(fru.isLogical());
+    EXPECT_EQ(fru.getEntity().getInstance(), 1u);
+    EXPECT_EQ(fru.getOptionalRefArray().size(), 1u);
+    EXPECT_EQ((IpmiFru{{}, {}, 0}.getOwnerId()), 0);
+}
+
+} // namespace
