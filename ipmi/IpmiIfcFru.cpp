@@ -3,6 +3,7 @@
 
 #include <syslog.h>
 
+#include "ipmi/IpmiFruImage.h"
 #include "ipmi/IpmiIfcSdr.h"
 
 namespace Ipmi
@@ -248,6 +249,23 @@ Response sendToFru(ipmiifc_req& request, int flags)
     return Response{IpmiIfcSend(0, &request, flags)};
 }
 
+namespace
+{
+
+Response askForInfo(uint8_t deviceId)
+{
+    uint8_t data[] = {deviceId};
+    ipmiifc_req request{};
+    request.msgid = g_IpmiNode[0].msgSeq++;
+    request.netfn = storage;
+    request.cmd = getInventoryAreaInfo;
+    request.data_len = sizeof data;
+    request.data = data;
+    return sendToFru(request, keepRequest);
+}
+
+} // namespace
+
 IpmiFru::Areas IpmiIfcFruGetInv(int number, unsigned char fruDeviceId)
 {
     constexpr size_t reserved = 20;
@@ -260,14 +278,7 @@ IpmiFru::Areas IpmiIfcFruGetInv(int number, unsigned char fruDeviceId)
         VEK::MutexLock lock{node->fruMutex};
         node->fruDeviceHeader = {};
     }
-    uint8_t data[] = {fruDeviceId};
-    ipmiifc_req request{};
-    request.msgid = g_IpmiNode[0].msgSeq++;
-    request.netfn = storage;
-    request.cmd = getInventoryAreaInfo;
-    request.data_len = sizeof data;
-    request.data = data;
-    const Response resp = sendToFru(request, keepRequest);
+    const Response resp = askForInfo(fruDeviceId);
     if (!resp)
         return areas;
     if (resp->cc != 0) {
@@ -327,6 +338,95 @@ FruDeviceHeader IpmiIfc::getFruDeviceHeader(int number)
 FruDeviceHeader IpmiIfc::getFruDeviceHeader()
 {
     return getFruDeviceHeader(0);
+}
+
+namespace
+{
+
+/// A device on which no pass is, whatever the node knows of it: the limit that
+/// passes find stays as it is.
+class DeviceSource : public FruSource
+{
+public:
+    DeviceSource(int node, const IpmiFru* fru)
+        : node_{node},
+          deviceId_{fru ? fru->getOwnerId() : uint8_t{0}},
+          limit_{fru_max_req_size}
+    {
+        if (!fru || fru->getSlaveAddress() == 0)
+            return;
+        passTarget.lun = fru->getLun();
+        passTarget.channel = fru->getChannel();
+        passTarget.address = fru->getSlaveAddress();
+    }
+    ~DeviceSource() override
+    {
+        passTarget.address = 0;
+        fru_max_req_size = limit_;
+    }
+
+    /// The completion code, or -1.
+    int open()
+    {
+        const Response resp = askForInfo(deviceId_);
+        if (!resp || resp->cc != 0)
+            return resp ? resp->cc : -1;
+        size_ = viewOf(*resp).u16(1);
+        byWords_ = viewOf(*resp).u8(3) & 1;
+        return 0;
+    }
+    unsigned size() const override { return size_; }
+    bool byWords() const { return byWords_; }
+    int read(unsigned offset, unsigned& count, uint8_t* out) override
+    {
+        return IpmiIfcReadFru(node_, deviceId_, byWords_ ? 1 : 0, int(offset),
+                              &count, out);
+    }
+
+private:
+    int node_;
+    uint8_t deviceId_;
+    int limit_;
+    unsigned size_ = 0;
+    bool byWords_ = false;
+};
+
+} // namespace
+
+IpmiFruContents IpmiIfc::getFruAreas(int node,
+                                     const std::shared_ptr<IpmiFru>& fru)
+{
+    IpmiFruContents contents;
+    VEK::MutexLock oneAtATime{passMutex};
+    DeviceSource device{node, fru.get()};
+    contents.result = device.open();
+    if (contents.result != 0)
+        return contents;
+    contents.size = device.size();
+    contents.byWords = device.byWords();
+    decodeFru(device, contents);
+    return contents;
+}
+
+IpmiFruContents IpmiIfc::getFruAreas(const std::shared_ptr<IpmiFru>& fru)
+{
+    return getFruAreas(0, fru);
+}
+
+int IpmiIfc::readFruImage(int node, const std::shared_ptr<IpmiFru>& fru,
+                          std::vector<unsigned char>& bytes)
+{
+    VEK::MutexLock oneAtATime{passMutex};
+    DeviceSource device{node, fru.get()};
+    if (const int failure = device.open()) {
+        bytes.clear();
+        return failure;
+    }
+    bytes.resize(device.size());
+    unsigned count = device.size();
+    const int result = count ? device.read(0, count, bytes.data()) : 0;
+    bytes.resize(count);
+    return result;
 }
 
 IpmiIfc::Part IpmiIfc::getFruPart(const std::shared_ptr<IpmiFruOptional>& area)

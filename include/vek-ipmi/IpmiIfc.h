@@ -22,6 +22,7 @@
 
 #include <vek-ipmi/CmpiStatus.h>
 #include <vek-ipmi/IpmiFru.h>
+#include <vek-ipmi/IpmiFruImage.h>
 #include <vek-ipmi/IpmiSdrRecord.h>
 #include <vek-ipmi/IpmiSel.h>
 #include <vek-ipmi/VekRelaxed.h>
@@ -335,6 +336,18 @@ public:
     /// Of the device that was read last.
     static FruDeviceHeader getFruDeviceHeader(int node);
     static FruDeviceHeader getFruDeviceHeader();
+
+    /// Reads everything from a device of getFrus (null: device 0), and changes
+    /// nothing of what the others here answer. Sends, up to some hundred
+    /// exchanges; waits for a pass over the devices that is under way.
+    static IpmiFruContents getFruAreas(int node,
+                                       const std::shared_ptr<IpmiFru>& fru);
+    static IpmiFruContents getFruAreas(const std::shared_ptr<IpmiFru>& fru);
+
+    /// The device's bytes as they are, as far as they can be read; 0 or what
+    /// ended it: a completion code, -1 without a usable answer. Sends.
+    static int readFruImage(int node, const std::shared_ptr<IpmiFru>& fru,
+                            std::vector<unsigned char>& bytes);
 
     /// An area in words.
     struct Part

@@ -379,4 +379,37 @@ TEST_F(Frus, aPassOverAllDevices)
     EXPECT_EQ(IpmiIfcFruInstantiateAll(4), -1);
 }
 
+TEST_F(Frus, allOfADevice)
+{
+    const Bytes whole = image(chassis, board, product, multi);
+    hold({device(0, whole)}, {locator(satellite, 3)});
+    IpmiIfcSdrGetInfo(0);
+    IpmiIfcFruInstantiateAll(0);
+    const auto frus = IpmiIfc::getFrus();
+    const FruDeviceHeader before = IpmiIfc::getFruDeviceHeader();
+    takeExchanges();
+    setFaults({"cmd=read-fru-data,nth=1,cc=CA",
+               "cmd=read-fru-data,data=00:20,nth=2,cc=D5"});
+    const IpmiFruContents contents = IpmiIfc::getFruAreas(nullptr);
+    EXPECT_EQ(contents.result, 0);
+    EXPECT_EQ(contents.size, whole.size());
+    ASSERT_EQ(contents.areas.size(), 4u);
+    EXPECT_EQ(contents.areas[0].fields[2].value, "serial");
+    EXPECT_EQ(contents.areas[1].problems,
+              (std::vector<std::string>{"it cannot be read (D5h)"}));
+    EXPECT_EQ(contents.areas[2].fields[1].value, "a product");
+    EXPECT_TRUE(contents.areas[3].multi);
+    EXPECT_EQ(fru_max_req_size, 23) << "as it was";
+    EXPECT_EQ(IpmiIfc::getFruDeviceHeader().deviceId, before.deviceId);
+    takeExchanges();
+    std::vector<unsigned char> bytes;
+    EXPECT_EQ(IpmiIfc::readFruImage(0, frus[0], bytes), 0);
+    EXPECT_EQ(bytes, image({}, board, {}, {})) << "the satellite's";
+    EXPECT_EQ(IpmiIfc::getFruAreas(frus[0]).areas.size(), 1u);
+    setFaults({"cmd=get-fru-inventory-area-info,cc=CB"});
+    EXPECT_EQ(IpmiIfc::getFruAreas(nullptr).result, 0xcb);
+    EXPECT_EQ(IpmiIfc::readFruImage(0, nullptr, bytes), 0xcb);
+    EXPECT_TRUE(bytes.empty());
+}
+
 } // namespace

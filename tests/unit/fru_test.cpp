@@ -281,4 +281,105 @@ TEST(Fru, partsByTheAreasClass)
     EXPECT_EQ((IpmiFru{{}, {}, 0}.getOwnerId()), 0);
 }
 
+// An area's length and checksum are made right.
+Bytes sound(Bytes area)
+{
+    area.resize((area.size() + 8) / 8 * 8);
+    area[1] = uint8_t(area.size() / 8);
+    for (size_t i = 0; i + 1 < area.size(); ++i)
+        area.back() = uint8_t(area.back() - area[i]);
+    return area;
+}
+
+// A header and one area behind it, which byte `which` of the header names.
+Bytes imageOf(size_t which, const Bytes& area)
+{
+    Bytes image(8);
+    image[0] = 1;
+    image[which] = 1;
+    image[7] = 0xfe;
+    image.insert(image.end(), area.begin(), area.end());
+    return image;
+}
+
+// Fields as "name=value;", then problems.
+std::string toText(const IpmiFruContents& contents)
+{
+    std::string text;
+    for (const std::string& problem : contents.problems)
+        text += "!" + problem;
+    for (const IpmiFruArea& area : contents.areas) {
+        for (const IpmiFruField& field : area.fields)
+            text += field.name + "=" + field.value + ";";
+        for (const std::string& problem : area.problems)
+            text += "!" + problem;
+        if (area.multi)
+            text += area.multi->getValue(0, FRU_PS_OVERALL_CAPACITY) + " W";
+    }
+    return text;
+}
+
+TEST(Fru, aWholeImageWithItsFaults)
+{
+    Bytes board = withFields({1, 1, 25, 0x3c, 0, 0}, {"maker", "na\xe9me"});
+    board.pop_back();
+    for (const uint8_t byte :
+         {0x41, 0x1a, 0x83, 0x24, 0x08, 0x82, 0xc0, 0x02, 0xab, 0xcd, 0xc1})
+        board.push_back(byte);
+    const Bytes good = sound(board);
+    const std::string fields =
+        "manufacturing date=1996-01-01T01:00:00Z;manufacturer=maker;product "
+        "name=na\xc3\xa9me;serial number=1;part number=D@@@;FRU file "
+        "id=;custom 1=AB CD;";
+    Bytes badSum = good, badVersion = good, noLength = good, cut = good;
+    badSum.back() ^= 1;
+    badVersion[0] = 2;
+    noLength[1] = 0;
+    cut.resize(10);
+    const Bytes power = multiRecord(0x00, true, powerSupply(0, 0));
+    Bytes chain = power;
+    uint8_t sum = 0;
+    for (size_t i = 5; i < chain.size(); ++i)
+        sum = uint8_t(sum + chain[i]);
+    chain[3] = uint8_t(-sum);
+    chain[4] = uint8_t(-(chain[0] + chain[1] + chain[2] + chain[3]));
+    Bytes badData = chain;
+    badData[20] ^= 4;
+    const struct
+    {
+        const char* what;
+        Bytes image;
+        std::string text;
+    } cases[] = {
+        {"a board", imageOf(3, good), fields},
+        {"a wrong checksum", imageOf(3, badSum),
+         fields + "!its checksum is wrong (sum FFh)"},
+        {"a version to come", imageOf(3, badVersion),
+         "!its checksum is wrong (sum 01h)!its format version 02h is not "
+         "known"},
+        {"no length", imageOf(3, noLength), "!its length is 0"},
+        {"an area cut short", imageOf(3, cut), "!it cannot be read (C9h)"},
+        {"a field past the end",
+         imageOf(2, sound({1, 1, 0x17, 0xc2, 'a', 'b', 0xff})),
+         "type=Rack Mount Chassis;part number=ab;!its field \"serial number\" "
+         "runs past its end"},
+        {"multi-records", imageOf(5, chain), "800 W"},
+        {"with a wrong data checksum", imageOf(5, badData),
+         "!the record at 08h has a wrong data checksum800 W"},
+        {"with a wrong header checksum", imageOf(5, power),
+         "!the record at 08h has a wrong header checksum"},
+        {"internal use", imageOf(1, {1, 2, 3}), ""},
+        {"an empty header", imageOf(7, {}),
+         "!its header's checksum is wrong (sum FFh)"},
+        {"nothing", {}, "!its header: it cannot be read (C9h)"},
+        {"erased", Bytes(16, 0xff), "!its format version FFh is not known"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_EQ(
+            toText(decodeFruImage(c.image.data(), unsigned(c.image.size()))),
+            c.text);
+    }
+}
+
 } // namespace

@@ -1,0 +1,59 @@
+/// All that a FRU device holds, for people (FRU Information Storage Definition
+/// v1.0 r1.3): every area with every field, faults named.
+#ifndef VEK_IPMI_IPMIFRUIMAGE_H
+#define VEK_IPMI_IPMIFRUIMAGE_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <vek-ipmi/IpmiFruOptional.h>
+
+namespace Ipmi
+{
+
+/// A field in UTF-8: 8-bit text, 6-bit packed ASCII and BCD plus decoded,
+/// binary data in hexadecimal. Blanks at its end are left out.
+struct IpmiFruField
+{
+    std::string
+        name; ///< "serial number"; "custom 1" behind those that have one.
+    std::string value;
+    bool binary; ///< The value is its bytes in hexadecimal.
+};
+
+struct IpmiFruArea
+{
+    enum Kind
+    {
+        INTERNAL,
+        CHASSIS,
+        BOARD,
+        PRODUCT,
+        MULTI
+    };
+    Kind kind;
+    unsigned offset;                     ///< Bytes from the device's start.
+    std::vector<unsigned char> bytes;    ///< As far as they could be read.
+    std::vector<std::string> problems;   ///< "its checksum is wrong (sum 1Fh)".
+    std::vector<IpmiFruField> fields;    ///< Of chassis, board and product.
+    std::shared_ptr<IpmiFruMulti> multi; ///< Of MULTI, unless it is unusable.
+};
+
+struct IpmiFruContents
+{
+    /// 0; the completion code of the first exchange, -1 without an answer: then
+    /// there is nothing else.
+    int result = 0;
+    unsigned size = 0;                 ///< Bytes, as the device says.
+    bool byWords = false;              ///< How it is accessed.
+    std::vector<std::string> problems; ///< Of the common header.
+    std::vector<IpmiFruArea> areas;    ///< In the order of the header.
+};
+
+/// What an image of a device holds, as it is saved in a file.
+IpmiFruContents decodeFruImage(const unsigned char* bytes, unsigned size);
+
+} // namespace Ipmi
+
+#endif

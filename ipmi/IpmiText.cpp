@@ -1,0 +1,97 @@
+#include "ipmi/IpmiText.h"
+
+#include <cstdio>
+
+namespace Ipmi
+{
+
+namespace
+{
+
+bool isPrintable(unsigned code)
+{
+    return code >= 0x20 && code < 0x7f;
+}
+
+std::string escapedByte(unsigned code)
+{
+    char text[12];
+    snprintf(text, sizeof text, "\\x%02X", code);
+    return text;
+}
+
+std::string escapedUnit(unsigned code)
+{
+    char text[12];
+    snprintf(text, sizeof text, "\\u%04X", code);
+    return text;
+}
+
+std::string latin1Character(unsigned code)
+{
+    constexpr unsigned firstPrintable = 0xa0;
+    if (isPrintable(code))
+        return std::string(1, char(code));
+    if (code < firstPrintable)
+        return escapedByte(code);
+    return {char(0xc0 | code >> 6), char(0x80 | (code & 0x3f))};
+}
+
+} // namespace
+
+std::string decodeLatin1(RecordView bytes)
+{
+    size_t size = bytes.size();
+    while (size > 0 && bytes.u8(size - 1) == 0) // padding
+        --size;
+    std::string text;
+    for (size_t i = 0; i < size; ++i)
+        text += latin1Character(bytes.u8(i));
+    return text;
+}
+
+std::string decodeBcdPlus(RecordView bytes)
+{
+    constexpr char digits[] = "0123456789 -.:,_";
+    std::string text;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        text += digits[bytes.u8(i) >> 4];
+        text += digits[bytes.u8(i) & 0x0f];
+    }
+    return text;
+}
+
+std::string decodePacked(RecordView bytes)
+{
+    std::string text;
+    const size_t characters = bytes.size() * 8 / 6;
+    for (size_t i = 0; i < characters; ++i) {
+        const size_t bit = i * 6;
+        const unsigned pair = bytes.u8(bit / 8) | bytes.u8(bit / 8 + 1) << 8;
+        text += char(0x20 + (pair >> bit % 8 & 0x3f));
+    }
+    return text;
+}
+
+std::string decodeUnicode(RecordView bytes, bool wide)
+{
+    std::string text;
+    const size_t step = wide ? 2 : 1;
+    for (size_t i = 0; i + step <= bytes.size(); i += step) {
+        const unsigned code = wide ? bytes.u16(i) : bytes.u8(i);
+        if (isPrintable(code))
+            text += char(code);
+        else if (code)
+            text += wide ? escapedUnit(code) : escapedByte(code);
+    }
+    return text;
+}
+
+std::string trimmed(std::string text)
+{
+    while (!text.empty() && text.back() == ' ')
+        text.pop_back();
+    return text;
+}
+
+} // namespace Ipmi
