@@ -12,8 +12,8 @@
 // The answers: a byte with how many follow in its low five bits, and those
 // bytes. Bit 7 puts the header of an honest answer before them: completion
 // code 0 and, for a record, the next id. Bit 6 makes a record's part as long
-// as it was asked for, bit 5 its first bytes its id. After the last one the
-// controller answers D5h.
+// as it was asked for, bit 5 its first bytes its id; data of a FRU device get
+// a count that is true. After the last one the controller answers D5h.
 class Conversation
 {
 public:
@@ -37,6 +37,12 @@ public:
         // Honest about the length, too: else few records would ever be whole.
         if (control & 0x40 && isRecord)
             wanted = request.data[5];
+        const bool isFruData =
+            request.command == 0x11 && request.data.size() > 3;
+        if (control & 0x40 && isFruData) {
+            wanted = request.data[3];
+            bytes.push_back(uint8_t(wanted));
+        }
         for (; wanted > 0 && at_ < size_; --wanted)
             bytes.push_back(data_[at_++]);
         if (control & 0x20 && isRecord && request.data[4] == 0)

@@ -1,10 +1,11 @@
-// A record's bytes through the lists and through every accessor of the sensor
-// classes.
+// A record's bytes through the lists, through every accessor of the sensor
+// classes, and into the entity tree.
 #include <algorithm>
 #include <memory>
 #include <vek-ipmi/IpmiSensor.h>
 
 #include "fuzz/target.h"
+#include "ipmi/IpmiIfcEntity.h"
 #include "ipmi/IpmiIfcSdr.h"
 #include "ipmi/IpmiIfcSensor.h"
 #include "tests/support/libc_seam.h"
@@ -91,6 +92,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
                 __builtin_trap();
         }
     }
+    IpmiIfcEntityListCreate(0);
+    IpmiIfcEntityInstantiateAll(0);
+    for (const IpmiEntity& entity : IpmiIfc::getEntities())
+        sum += entity.getParent().getId() + entity.getAlertClassName().size();
+    sum += IpmiIfc::getEntityTree().size();
+    IpmiIfcEntityCleanUpAll(0);
     IpmiIfcSdrCleanUpAll(0);
     Seam::takeLog();
     return 0;

@@ -104,7 +104,10 @@ Change changeOf(IpmiNode& node, const ipmiifc_sel_info& held,
                 const ipmiifc_sel_info& now) VEK_REQUIRES(node.selRefreshMutex)
 {
     constexpr unsigned mostFailures = 2;
-    if (_getState(0) == IpmiIfc::STATE_CLI || node.selRefresh->wholeAgain ||
+    // Controllers without a clock have times of 0, as nothing has.
+    const bool isFirst = held.selVersion == 0 && now.selVersion != 0;
+    if (isFirst || _getState(0) == IpmiIfc::STATE_CLI ||
+        node.selRefresh->wholeAgain ||
         node.selRefresh->lastRecordFailures >= mostFailures ||
         longWord(held.eraseTime) != longWord(now.eraseTime))
         return Change::all;
@@ -134,7 +137,8 @@ void readAdded(IpmiNode& node, const ipmiifc_sel_info& info, uint32_t since)
         ++refresh.lastRecordFailures;
     else
         refresh.lastRecordFailures = 0;
-    if (end == SelWalkEnd::firstFailed || end == SelWalkEnd::failed)
+    node.selComplete = end == SelWalkEnd::complete;
+    if (!node.selComplete)
         return;
     {
         VEK::MutexLock lock{node.selMutex};

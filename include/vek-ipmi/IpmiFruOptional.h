@@ -96,7 +96,7 @@ public:
 };
 
 /// What IpmiFruMulti::getValue reads; getFruKeyInfo names them.
-enum FruKey
+enum FruKey : int
 {
     // Power supply information.
     FRU_PS_OVERALL_CAPACITY = 0,

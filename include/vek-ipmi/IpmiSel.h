@@ -74,13 +74,14 @@ private:
     uint8_t enabled_ = 1;
 };
 
-/// How far a read of the whole log has come; for showing it to people.
+/// How far a read of the whole log has come, for showing it to people; and
+/// whether the last read, whole or of what is new, came to the end.
 struct IpmiSelProgress
 {
     unsigned total;  ///< Entries as the log says; 0: not asked yet, or none.
     unsigned read;   ///< Records held so far.
     unsigned failed; ///< Attempts at a record that were given up.
-    bool complete;   ///< It came to the end of the log.
+    bool complete;
 };
 
 } // namespace Ipmi

@@ -378,6 +378,17 @@ TEST_F(Sel, whatALogTellsOfItself)
     EXPECT_LT(g_IpmiNode[0].devFd, 1) << "closed again";
 }
 
+TEST_F(Sel, aLogWithoutTimesIsReadOnce)
+{
+    log().added = log().erased = 0;
+    poll();
+    EXPECT_EQ(asked(), "i r 0 2 3");
+    EXPECT_TRUE(IpmiIfcSelGetProgress(0).complete);
+    poll();
+    EXPECT_EQ(asked(), "i");
+    EXPECT_EQ(heldIds(), "1 2 3");
+}
+
 // Each row goes on from the one before: what happens to the log, what the next
 // poll asks, and what it hands to the two handlers.
 TEST_F(Sel, eachNewEventOnceAndInOrder)
