@@ -106,10 +106,11 @@ std::string IpmiFruChassis::getPartNumber() const
 
 std::string IpmiFruChassis::getSerialNumber() const
 {
-    const unsigned standard = isKnown() ? fieldAt(chassisFields, 1) : 0;
-    if (standard == 0)
+    constexpr uint8_t endMark = 0xc1;
+    const uint8_t partNumber = viewOf(*this).u8(chassisFields);
+    if (!isKnown() || partNumber == endMark)
         return "n/a";
-    std::string text = getFruAreaString(standard - 1);
+    std::string text = getFruAreaString(chassisFields + (partNumber & 0x3f));
     return orNotAvailable(toAsciiAndTrim(text));
 }
 

@@ -36,6 +36,13 @@ enum Code : uint8_t
 /// What a response is, completion code first.
 constexpr size_t countAt = 1, dataAt = 2;
 
+// An answer holds no more, whatever callers set.
+int mostAtOnce()
+{
+    constexpr int mostInAnswer = ipmiifc_resp::capacity - int(dataAt);
+    return std::clamp<int>(fru_max_req_size, 1, mostInAnswer);
+}
+
 class FruReader
 {
 public:
@@ -78,11 +85,7 @@ private:
 int FruReader::read()
 {
     while (remaining_ > 0) {
-        // An answer holds no more, whatever callers set.
-        constexpr int mostInAnswer = ipmiifc_resp::capacity - int(dataAt);
-        const auto most =
-            unsigned(std::clamp<int>(fru_max_req_size, 1, mostInAnswer));
-        const unsigned chunk = std::min(remaining_, most);
+        const unsigned chunk = std::min(remaining_, unsigned(mostAtOnce()));
         const Response resp = exchange(chunk);
         if (!resp) {
             syslog(LOG_INFO,
@@ -149,7 +152,7 @@ int FruReader::failed(int code)
     case invalidDataField:
         if (fru_max_req_size <= smallestRequest)
             break;
-        fru_max_req_size = fru_max_req_size - 1;
+        fru_max_req_size = mostAtOnce() - 1;
         syslog(LOG_INFO,
                "IpmiIfcReadFru: Command failed with 0x%x, retrying with "
                "smaller buffer (0x%x)",

@@ -43,24 +43,29 @@ uint8_t sumOf(RecordView bytes)
 /// How the fields of an area are laid out (10. to 12.).
 struct Layout
 {
+    static constexpr size_t most = 7;
+
     IpmiFruArea::Kind kind;
     unsigned languageAt; ///< 0: it has none.
     unsigned fieldsAt;
-    std::vector<const char*> names;
+    size_t named;
+    const char* names[most];
 };
 
 const Layout* layoutOf(IpmiFruArea::Kind kind)
 {
-    static const Layout layouts[] = {
-        {IpmiFruArea::CHASSIS, 0, 3, {"part number", "serial number"}},
+    static constexpr Layout layouts[] = {
+        {IpmiFruArea::CHASSIS, 0, 3, 2, {"part number", "serial number"}},
         {IpmiFruArea::BOARD,
          2,
          6,
+         5,
          {"manufacturer", "product name", "serial number", "part number",
           "FRU file id"}},
         {IpmiFruArea::PRODUCT,
          2,
          3,
+         Layout::most,
          {"manufacturer", "product name", "part/model number", "version",
           "serial number", "asset tag", "FRU file id"}},
     };
@@ -127,7 +132,7 @@ void addFields(IpmiFruArea& area, const Layout& layout)
         layout.languageAt ? bytes.u8(layout.languageAt) : uint8_t{0};
     size_t at = layout.fieldsAt;
     for (size_t number = 0; bytes.u8(at) != endMark; ++number) {
-        const size_t named = layout.names.size();
+        const size_t named = layout.named;
         const std::string name =
             number < named ? layout.names[number]
                            : "custom " + std::to_string(number - named + 1);
@@ -215,6 +220,8 @@ bool readChain(FruSource& source, IpmiFruArea& area)
         const FruRecordHeader header{head};
         if (sumOf(head) != 0)
             return giveUp(where + " has a wrong header checksum");
+        if (header.dataSize() == 0)
+            return giveUp(where + " has no data");
         const bool isLast = header.isLast();
         const unsigned dataSize = header.dataSize();
         const uint8_t checksum = header.dataChecksum();

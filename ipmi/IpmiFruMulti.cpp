@@ -225,9 +225,10 @@ unsigned IpmiFruMulti::sizeOfData(const unsigned char* data,
 {
     const std::less<> before;
     const unsigned char* const end = bytes() + size();
-    if (!bytes() || before(data, bytes() + fruRecordHeaderSize) ||
-        before(end, data))
+    if (!bytes() || before(data, bytes()) || before(end, data))
         return standardSize;
+    if (data - bytes() < ptrdiff_t{fruRecordHeaderSize})
+        return unsigned(end - data);
     const FruRecordHeader header{
         RecordView{data - fruRecordHeaderSize, fruRecordHeaderSize}};
     return unsigned(std::min<ptrdiff_t>(header.dataSize(), end - data));

@@ -14,6 +14,9 @@ namespace
 /// Areas begin at, and are measured in, so many bytes.
 constexpr unsigned areaUnit = 8;
 
+/// Offsets are of 16 bits.
+constexpr unsigned endOfOffsets = 0x10000;
+
 /// The words of an area's log lines, as they are known.
 struct AreaWords
 {
@@ -128,17 +131,18 @@ IpmiIfcFruProduct(uint8_t offset, IpmiNode& node, uint8_t deviceId)
     return readArea<IpmiFruProduct>(productWords, offset, node, deviceId);
 }
 
-unsigned IpmiIfcFruMultiLength(IpmiNode& node, uint8_t deviceId,
+unsigned IpmiIfcFruMultiLength(int number, unsigned char deviceId,
                                unsigned offset)
 {
-    constexpr unsigned endOfOffsets = 0x10000;
+    IpmiNode* const node = nodeRecord(number);
+    if (!node)
+        return 0;
     unsigned total = 0;
     while (offset + total < endOfOffsets) {
         uint8_t bytes[fruRecordHeaderSize];
         unsigned length = sizeof bytes;
-        const int result =
-            IpmiIfcReadFru(numberOf(node), deviceId, accessOf(node),
-                           int(offset + total), &length, bytes);
+        const int result = IpmiIfcReadFru(number, deviceId, accessOf(*node),
+                                          int(offset + total), &length, bytes);
         if (result != 0) {
             syslog(LOG_ERR,
                    "IpmiIfcFruMultiLength: Reading FRU Multi Record Header for "
@@ -168,7 +172,7 @@ std::unique_ptr<IpmiFruMulti> IpmiIfcFruMulti(uint8_t offset, IpmiNode& node,
         syslog(LOG_ERR, "IpmiIfcFruMulti: invalid offset.");
         return nullptr;
     }
-    unsigned length = IpmiIfcFruMultiLength(node, deviceId, at);
+    unsigned length = IpmiIfcFruMultiLength(numberOf(node), deviceId, at);
     if (length == 0) {
         syslog(LOG_ERR, "IpmiIfcFruMulti: FRU Multirecord len is equal to "
                         "zero, not valid.");
@@ -176,6 +180,10 @@ std::unique_ptr<IpmiFruMulti> IpmiIfcFruMulti(uint8_t offset, IpmiNode& node,
     }
     syslog(LOG_INFO, "IpmiIfcFruMulti: FRU device 0x%x Multirecord len = %d",
            deviceId, int(length));
+    if (at + length > endOfOffsets) {
+        syslog(LOG_ERR, "IpmiIfcFruMulti: the chain has no end.");
+        return nullptr;
+    }
     std::vector<uint8_t> chain(length);
     const int result = IpmiIfcReadFru(numberOf(node), deviceId, accessOf(node),
                                       int(at), &length, chain.data());

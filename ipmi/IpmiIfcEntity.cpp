@@ -131,16 +131,6 @@ void addSensors(IpmiNode& node, IpmiSdrClass list)
     }
 }
 
-// Containers before what they contain.
-void flatten(IpmiNode& node, const ipmiifc_entity_list* list)
-    VEK_REQUIRES(node.entityMutex)
-{
-    for (; list; list = list->next) {
-        node.entities->push_back(valueOf(list->entity, numberOf(node)));
-        flatten(node, list->children);
-    }
-}
-
 } // namespace
 
 int IpmiIfcEntityListCreate(int number)
@@ -218,8 +208,8 @@ IpmiIfcEntityFindParentFromChild(const ipmiifc_entity_list* container,
     return IpmiIfcEntityOnChildList(container, entity) ? container : nullptr;
 }
 
-// The first match counts, and a top-level entity has none even where an
-// earlier container lists it.
+// The first match counts, and a top-level entity has none even where a
+// container lists it.
 IpmiEntity IpmiIfcEntityFindParent(int number, const entity_id* entity)
 {
     IpmiNode* const record = nodeRecord(number);
@@ -227,14 +217,21 @@ IpmiEntity IpmiIfcEntityFindParent(int number, const entity_id* entity)
         return {};
     IpmiNode& node = *record;
     VEK::MutexLock lock{node.entityMutex};
+    if (findTop(node, *entity))
+        return {};
     for (const ipmiifc_entity_list* top = node.entityTree; top; top = top->next)
-    {
-        if (isSame(top->entity, *entity))
-            return {};
         if (IpmiIfcEntityFindParentFromChild(top, entity))
             return valueOf(top->entity, number);
-    }
     return {};
+}
+
+// Containers before what they contain.
+void IpmiIfcEntityInstantiate(IpmiNode& node, const ipmiifc_entity_list* list)
+{
+    for (; list; list = list->next) {
+        node.entities->push_back(valueOf(list->entity, numberOf(node)));
+        IpmiIfcEntityInstantiate(node, list->children);
+    }
 }
 
 int IpmiIfcEntityInstantiateAll(int number)
@@ -245,7 +242,7 @@ int IpmiIfcEntityInstantiateAll(int number)
     IpmiNode& node = *record;
     VEK::MutexLock lock{node.entityMutex};
     node.entities->clear();
-    flatten(node, node.entityTree);
+    IpmiIfcEntityInstantiate(node, node.entityTree);
     return 0;
 }
 
@@ -270,9 +267,21 @@ void freeEntities(IpmiNode& node)
     freeList(node.entityTree);
 }
 
+void IpmiIfcEntityDump(const ipmiifc_entity_list* list)
+{
+    for (; list; list = list->next)
+        IpmiIfcEntityDump(list->children);
+}
+
 int IpmiIfcEntityDumpAll(int number)
 {
-    return nodeRecord(number) ? 0 : -1;
+    IpmiNode* const record = nodeRecord(number);
+    if (!record)
+        return -1;
+    IpmiNode& node = *record;
+    VEK::MutexLock lock{node.entityMutex};
+    IpmiIfcEntityDump(node.entityTree);
+    return 0;
 }
 
 std::vector<IpmiEntity> IpmiIfc::getEntities(int number)

@@ -60,6 +60,9 @@ const ipmiifc_entity_list*
 IpmiIfcEntityFindParentFromChild(const ipmiifc_entity_list* container,
                                  const entity_id* entity);
 void IpmiIfcEntityCleanupChild(ipmiifc_entity_list* container);
+void IpmiIfcEntityInstantiate(IpmiNode& node, const ipmiifc_entity_list* list)
+    VEK_REQUIRES(node.entityMutex);
+void IpmiIfcEntityDump(const ipmiifc_entity_list* list);
 void freeEntities(IpmiNode& node) VEK_REQUIRES(node.entityMutex);
 
 } // namespace Ipmi

@@ -48,9 +48,10 @@ uint8_t channelOf(RecordView locator)
 
 bool isDimm(RecordView locator)
 {
-    constexpr uint8_t firstEeprom = 0x08, lastEeprom = 0x10, dimm = 0x01;
+    // From EEPROMs to devices behind a controller.
+    constexpr uint8_t firstType = 0x08, lastType = 0x10, dimm = 0x01;
     const uint8_t type = locator.u8(locatorAt::deviceType);
-    return type >= firstEeprom && type <= lastEeprom &&
+    return type >= firstType && type <= lastType &&
            locator.u8(locatorAt::deviceModifier) == dimm;
 }
 
@@ -411,6 +412,12 @@ IpmiFruContents IpmiIfc::getFruAreas(int node,
 IpmiFruContents IpmiIfc::getFruAreas(const std::shared_ptr<IpmiFru>& fru)
 {
     return getFruAreas(0, fru);
+}
+
+int IpmiIfc::readFruImage(const std::shared_ptr<IpmiFru>& fru,
+                          std::vector<unsigned char>& bytes)
+{
+    return readFruImage(0, fru, bytes);
 }
 
 int IpmiIfc::readFruImage(int node, const std::shared_ptr<IpmiFru>& fru,

@@ -45,9 +45,10 @@ IpmiIfcFruProduct(uint8_t offset, IpmiNode& node, uint8_t deviceId)
 std::unique_ptr<IpmiFruMulti> IpmiIfcFruMulti(uint8_t offset, IpmiNode& node,
                                               uint8_t deviceId)
     VEK_REQUIRES(node.fruMutex);
-/// Bytes of the chain of multi-records at this offset.
-unsigned IpmiIfcFruMultiLength(IpmiNode& node, uint8_t deviceId,
-                               unsigned offset) VEK_REQUIRES(node.fruMutex);
+/// Bytes of the chain of multi-records at this offset. The caller holds the
+/// node's FRU mutex: the analysis cannot know it by a number.
+unsigned IpmiIfcFruMultiLength(int node, unsigned char deviceId,
+                               unsigned offset) VEK_NO_THREAD_SAFETY_ANALYSIS;
 
 /// The areas of one device that are kept.
 IpmiFru::Areas IpmiIfcFruGetInv(int node, unsigned char fruDeviceId);

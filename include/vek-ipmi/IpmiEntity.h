@@ -48,7 +48,7 @@ private:
     int node_ = 0;
 };
 
-/// A top-level entity and what it contains, in the order of the records.
+/// A top-level entity and what it contains, as IpmiIfc::getEntities orders it.
 struct IpmiContainer
 {
     IpmiEntity entity;

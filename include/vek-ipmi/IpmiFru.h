@@ -45,7 +45,8 @@ public:
     unsigned char getOwnerId() const;
     unsigned char getChannel() const;
     unsigned char getLun() const;
-    /// Of the controller that the device is behind; 0: the node's own.
+    /// Of the controller that the device is behind; 0: the node's own, or in a
+    /// pass over all devices the one that an earlier record named.
     unsigned char getSlaveAddress() const;
     bool isLogical() const;
     IpmiEntity getEntity() const;

@@ -43,7 +43,7 @@ public:
     void testDump() const;
 
     int size() const { return size_; }
-    /// Null without any.
+    /// As many as size says.
     const unsigned char* bytes() const { return data_.get(); }
 
 protected:
@@ -165,8 +165,9 @@ public:
     /// field is not there, and for record types other than 00h to 02h.
     std::string getValue(unsigned char recordType, FruKey key) const;
 
-    /// The same of a record's data, which end with the record when they are
-    /// this object's, and are as long as the standard says when they are not.
+    /// The same of a record's data, which end with the record, and with the
+    /// chain, when they are this object's, and are as long as the standard says
+    /// when they are not.
     /// Null has no value.
     std::string getPowerSupplyValue(const unsigned char* data,
                                     FruKey key) const;
@@ -180,7 +181,6 @@ public:
     std::string getOEMValue(const unsigned char* data, FruKey key) const;
 
 private:
-    class Records;
     /// 0 for none, which no record's data begin at.
     unsigned dataOf(unsigned char recordType, const char* caller) const;
     unsigned sizeOfData(const unsigned char* data, unsigned standardSize) const;

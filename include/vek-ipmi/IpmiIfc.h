@@ -6,10 +6,10 @@
 ///
 /// Every operation that takes a node number has a form without it, which
 /// means node 0. The node table has four records. Only node 0 is ever started;
-/// what was read of sensors and their records belongs to the record that is
-/// named (a number without a record has none of it), and everything else in
-/// this header save pollAll serves node 0, whatever number it is given; the
-/// number appears in log lines.
+/// what was read of sensors and their records, FRU devices, entities and LAN
+/// belongs to the record that is named (a number without a record has none of
+/// it), and everything else in this header save pollAll serves node 0, whatever
+/// number it is given; the number appears in log lines.
 ///
 /// The library logs through syslog and never calls openlog.
 #ifndef VEK_IPMI_IPMIIFC_H
@@ -214,7 +214,7 @@ public:
     // Sensors and their records, as the node last read them. These send
     // nothing. They wait while the headers of the repository are walked and
     // while sensors are discovered, which take many exchanges: seconds, and
-    // with silent sensors minutes.
+    // with silent sensors minutes; getSdr while FRU devices are read, too.
 
     static ipmiifc_sdr_info getSdr(int node);
     static ipmiifc_sdr_info getSdr();
@@ -302,11 +302,11 @@ public:
     static uint32_t selGetClock();
 
     // Entities: the parts of the platform, as records of associations and
-    // sensors name them. What an earlier read named stays until the node is
-    // stopped.
+    // sensors name them. What an earlier read named stays, in the tree until
+    // the node is stopped.
 
-    /// Each container, and behind it what it contains; an entity that several
-    /// contain once for each.
+    /// Each container, and behind it what it contains, then what only sensors
+    /// name; an entity that several contain once for each.
     static std::vector<IpmiEntity> getEntities(int node);
     static std::vector<IpmiEntity> getEntities();
 
@@ -333,20 +333,24 @@ public:
     static std::vector<std::shared_ptr<IpmiFru>> getFrus(int node);
     static std::vector<std::shared_ptr<IpmiFru>> getFrus();
 
-    /// Of the device that was read last.
+    /// Of the device that a pass asked last; zeros when it did not answer.
     static FruDeviceHeader getFruDeviceHeader(int node);
     static FruDeviceHeader getFruDeviceHeader();
 
-    /// Reads everything from a device of getFrus (null: device 0), and changes
+    /// Reads everything from a device of getFrus (null: device 0 of the node's
+    /// own controller; so are devices without an access address), and changes
     /// nothing of what the others here answer. Sends, up to some hundred
     /// exchanges; waits for a pass over the devices that is under way.
     static IpmiFruContents getFruAreas(int node,
                                        const std::shared_ptr<IpmiFru>& fru);
     static IpmiFruContents getFruAreas(const std::shared_ptr<IpmiFru>& fru);
 
-    /// The device's bytes as they are, as far as they can be read; 0 or what
-    /// ended it: a completion code, -1 without a usable answer. Sends.
+    /// The bytes of a device that is accessed by bytes, as far as they can be
+    /// read; 0 or what ended it: a completion code, -1 without a usable answer.
+    /// Sends.
     static int readFruImage(int node, const std::shared_ptr<IpmiFru>& fru,
+                            std::vector<unsigned char>& bytes);
+    static int readFruImage(const std::shared_ptr<IpmiFru>& fru,
                             std::vector<unsigned char>& bytes);
 
     /// An area in words.
@@ -379,7 +383,8 @@ public:
     /// LUN in bits 8 and 9, channel in bits 12 to 15.
     static int convertToGeneratorId(int address, int channel, int lun);
 
-    /// Reads the device id and the operating system's name and version again.
+    /// Reads the LAN configuration, the device id and the operating system's
+    /// name and version again.
     /// Opens and closes the device itself unless it is open.
     static void GetBMCNetworking();
 

@@ -22,7 +22,7 @@ public:
     IpmiLan(const IpmiLan&) = delete;
     IpmiLan& operator=(const IpmiLan&) = delete;
 
-    /// Whether the last request for the IP address was answered.
+    /// Whether the last request for the IP address succeeded.
     bool isEnabled() const;
     /// "00:11:22:aa:bb:cc"
     std::string getMACAddress() const;
@@ -31,8 +31,9 @@ public:
     std::string getIPv4Netmask() const;
     std::string getIPv4DefaultGateway() const;
     /// Grows by an entry with each refresh that found the first static address
-    /// active: eight bytes of the answer from its set selector on,
-    /// "00:80:20:01:0d:b8:00:00". Callers rely on both.
+    /// with a 0 in byte 20 of the answer, its prefix length: eight bytes from
+    /// the answer's set selector on, "00:80:20:01:0d:b8:00:00". Callers rely on
+    /// all of it.
     std::vector<std::string> getIPv6Addresses() const;
     /// 0 before the first refresh.
     unsigned getChannelNumber() const;

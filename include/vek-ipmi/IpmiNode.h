@@ -186,7 +186,9 @@ struct IpmiNode
     VEK::Mutex entityMutex;
     ipmiifc_entity_list* entityTree VEK_GUARDED_BY(entityMutex) = nullptr;
     Undestroyed<std::vector<IpmiEntity>> entities VEK_GUARDED_BY(entityMutex);
-    VEK::Mutex fruMutex; ///< Held while a FRU device is read, too.
+    /// Held while a FRU device is read, too; inside the lock of the records and
+    /// one of all nodes, which a pass over the devices takes first.
+    VEK::Mutex fruMutex;
     FruDeviceHeader fruDeviceHeader VEK_GUARDED_BY(fruMutex) = {};
     Undestroyed<std::vector<std::shared_ptr<IpmiFru>>>
         frus VEK_GUARDED_BY(fruMutex);

@@ -125,6 +125,12 @@ TEST_F(Entities, containersAndLists)
     EXPECT_EQ(parent(3, 0x82), 7u) << "the first one";
     EXPECT_EQ(parent(7, 1), 0u) << "a container itself";
     EXPECT_EQ(parent(9, 9), 0u);
+    const entity_id supply{10, 1};
+    EXPECT_EQ(parent(10, 1), 7u);
+    IpmiIfcEntityAddParent(0, &supply, 0);
+    EXPECT_EQ(parent(10, 1), 0u) << "a sensor's entity, listed before";
+    IpmiIfcEntityCleanUpAll(0);
+    read({second, first});
     EXPECT_EQ(parent(0x103, 1), 0u);
     const auto all = IpmiIfc::getEntities();
     ASSERT_EQ(all.size(), 7u);

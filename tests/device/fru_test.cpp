@@ -2,6 +2,7 @@
 #include <cstring>
 #include <syslog.h>
 
+#include "ipmi/IpmiIfcEntity.h"
 #include "ipmi/IpmiIfcFru.h"
 #include "sim/model/bmc.h"
 #include "tests/device/node_fixture.h"
@@ -81,8 +82,25 @@ Sim::FruDevice device(uint8_t id, Bytes contents)
 Bytes locator(uint8_t address, uint8_t id, uint8_t flags = 0x80,
               uint8_t type = 0x10, uint8_t modifier = 0x02)
 {
-    return {0, 0,    0x51,     0x11, 12, address, id, flags, 0,
-            0, type, modifier, 7,    1,  0,       0,  0};
+    constexpr uint8_t lun1 = 0x08, channel7 = 0x70;
+    const bool bridged = address == satellite;
+    return {0,
+            0,
+            0x51,
+            0x11,
+            12,
+            address,
+            id,
+            uint8_t(flags | (bridged ? lun1 : 0)),
+            bridged ? channel7 : uint8_t{0},
+            0,
+            type,
+            modifier,
+            7,
+            1,
+            0,
+            0,
+            0};
 }
 
 class Frus : public RecordsFixture
@@ -98,11 +116,16 @@ protected:
               const std::vector<Bytes>& locators = {})
     {
         Sim::BmcState state = stateWith(locators);
+        constexpr uint8_t ipmb = 1;
+        state.channels.push_back({7, ipmb, ipmb, 0, 0, 7154, {0, 0}});
         state.frus = std::move(frus);
         Sim::BmcState other;
         other.address = satellite;
+        other.busChannel = 7;
         other.frus = {device(0, image(chassis, {}, {}, {})),
                       device(3, image({}, board, {}, {}))};
+        for (Sim::FruDevice& fru : other.frus)
+            fru.lun = 1;
         state.satellites.push_back(std::move(other));
         serveState(std::move(state));
         fru_max_req_size = 23;
@@ -121,7 +144,10 @@ protected:
             const bool local = r.channel == Sim::systemInterface;
             const std::string whom =
                 std::to_string(r.data[0]) + "@" +
-                std::to_string(local ? 0 : r.slaveAddress) + ":";
+                (local ? "bmc:"
+                       : std::to_string(r.slaveAddress) + "/" +
+                             std::to_string(r.channel) + "." +
+                             std::to_string(r.lun) + ":");
             if (whom != last)
                 text += (text.empty() ? "" : " ") + whom;
             last = whom;
@@ -262,11 +288,17 @@ TEST_F(Frus, readingData)
         setFaults(c.faults);
         uint8_t bytes[60] = {};
         unsigned length = sizeof bytes;
+        Seam::takeSleeps();
         EXPECT_EQ(IpmiIfcReadFru(0, 5, 0, 0, &length, bytes), c.result);
+        const bool waits =
+            std::string{c.what}.rfind("busy ", 0) == 0 && c.stored > 0;
+        EXPECT_EQ(Seam::takeSleeps(), waits
+                                          ? (std::vector<unsigned>{1, 2, 3, 4})
+                                          : std::vector<unsigned>{});
         EXPECT_EQ(length, c.stored);
         EXPECT_EQ(Bytes(bytes, bytes + length),
                   Bytes(contents.begin(), contents.begin() + length));
-        EXPECT_EQ(reads(), std::string{"5@0: "} + c.reads);
+        EXPECT_EQ(reads(), std::string{"5@bmc: "} + c.reads);
         EXPECT_EQ(fru_max_req_size, c.most);
     }
     unsigned length = 0;
@@ -285,7 +317,7 @@ TEST_F(Frus, aDeviceOfWordsGetsHalfTheCountAndTheWholeOffset)
     uint8_t bytes[30];
     unsigned length = sizeof bytes;
     EXPECT_EQ(IpmiIfcReadFru(0, 5, 1, 0, &length, bytes), 0);
-    EXPECT_EQ(reads(), "5@0: 0,12 12,9 21,5 26,2 28,1 29,1");
+    EXPECT_EQ(reads(), "5@bmc: 0,12 12,9 21,5 26,2 28,1 29,1");
 }
 
 // Which area of a device is kept, and what the log says of the others.
@@ -362,8 +394,10 @@ TEST_F(Frus, aPassOverAllDevices)
     // The last record first; behind the satellite's, records without an address
     // mean its devices, too.
     EXPECT_EQ(kinds(), "7: 3:Board 5: 0:Chassis");
-    EXPECT_EQ(reads(), "3@114: 0,8 8,2 8,23 31,17 5@114: 0@114: 0,8 8,2 8,23 "
-                       "31,1");
+    EXPECT_EQ(
+        reads(),
+        "3@114/7.1: 0,8 8,2 8,23 31,17 5@114/7.1: 0@114/7.1: 0,8 8,2 8,23 "
+        "31,1");
     EXPECT_EQ(g_IpmiNode[0].targetAddress, 0);
     EXPECT_EQ(IpmiIfc::getFruDeviceHeader().deviceId, 0);
     EXPECT_EQ(IpmiIfc::getFruDeviceHeader().areaSize[0], 32);
@@ -406,10 +440,28 @@ TEST_F(Frus, allOfADevice)
     EXPECT_EQ(IpmiIfc::readFruImage(0, frus[0], bytes), 0);
     EXPECT_EQ(bytes, image({}, board, {}, {})) << "the satellite's";
     EXPECT_EQ(IpmiIfc::getFruAreas(frus[0]).areas.size(), 1u);
+    EXPECT_EQ(IpmiIfc::getFruAreas(nullptr).areas.size(), 4u);
     setFaults({"cmd=get-fru-inventory-area-info,cc=CB"});
     EXPECT_EQ(IpmiIfc::getFruAreas(nullptr).result, 0xcb);
     EXPECT_EQ(IpmiIfc::readFruImage(0, nullptr, bytes), 0xcb);
     EXPECT_TRUE(bytes.empty());
+}
+
+// The loop's own areas, from start to stop.
+TEST_F(Frus, aNodeReadsThemAndForgetsTheTree)
+{
+    hold({device(0, image({}, board, {}, {}))}, {locator(0, 0)});
+    IpmiIfcOpenIpmiClose(0);
+    startNode(0);
+    ASSERT_EQ(waitUntilRunning(), IpmiIfc::STATE_RUNNING);
+    IpmiIfc::pollAll(1, false, IpmiIfc::POLL_FULL, nullptr);
+    EXPECT_EQ(kinds(), "0:Board");
+    EXPECT_EQ(IpmiIfc::getLan()->getChannelNumber(), 1u) << "looked for";
+    const entity_id entity{7, 1};
+    IpmiIfcEntityAddParent(0, &entity, 0);
+    EXPECT_EQ(IpmiIfc::getEntityTree().size(), 1u);
+    stopNode();
+    EXPECT_EQ(IpmiIfc::getEntityTree().size(), 0u);
 }
 
 } // namespace

@@ -24,6 +24,9 @@
 namespace
 {
 
+std::mutex sleepsMutex;
+std::vector<unsigned> sleeps;
+
 std::atomic<double> timeScale{1};
 std::atomic<uid_t> userId{0};
 
@@ -105,6 +108,12 @@ void setUserId(uid_t id)
     userId = id;
 }
 
+std::vector<unsigned> takeSleeps()
+{
+    std::lock_guard<std::mutex> lock{sleepsMutex};
+    return std::exchange(sleeps, {});
+}
+
 std::vector<LogLine> takeLog()
 {
     std::lock_guard<std::mutex> lock{logMutex};
@@ -172,6 +181,10 @@ extern "C"
 
     unsigned sleep(unsigned seconds)
     {
+        {
+            std::lock_guard<std::mutex> lock{sleepsMutex};
+            sleeps.push_back(seconds);
+        }
         usleep(useconds_t(seconds * 1e6 / timeScale));
         return 0;
     }

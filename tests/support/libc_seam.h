@@ -41,6 +41,9 @@ struct LogLine
     }
 };
 
+/// Seconds that sleep was asked for, of each call since the last one here.
+std::vector<unsigned> takeSleeps();
+
 /// Lines logged since the last call.
 std::vector<LogLine> takeLog();
 

@@ -49,7 +49,7 @@ TEST(Fru, fieldsOfAnArea)
         areaOf<IpmiFruChassis>(withFields(chassisHead, {"part", "serial"}));
     EXPECT_EQ(chassis.getPartNumber(), "part");
     EXPECT_EQ(chassis.getManufacturer(), "n/a");
-    // From a byte ahead: "t" is a 6-bit field of 52 bytes, which are not there.
+    // From a byte ahead: "t" is the type/length byte of BCD plus.
     EXPECT_EQ(chassis.getSerialNumber(), "n/a");
     // An empty part number's own byte is there instead.
     EXPECT_EQ(areaOf<IpmiFruChassis>(withFields(chassisHead, {"", "serial"}))
@@ -63,7 +63,7 @@ TEST(Fru, fieldsOfAnArea)
         " s");
 
     IpmiFruProduct copy = product;
-    copy = copy;
+    copy = *&copy;
     EXPECT_EQ(copy.getName(), "name");
     copy.set(unsigned(copy.size()), copy.bytes());
     EXPECT_EQ(copy.getName(), "name");
@@ -151,7 +151,7 @@ Bytes multiRecord(uint8_t type, bool last, const Bytes& data)
 Bytes powerSupply(uint8_t flags, uint8_t tachometer)
 {
     return {0x20, 0xf3,  0xff, 0xff, 30,   5,    0x28, 0x23,
-            0x90, 0x33,  0,    0,    0,    0,    47,   63,
+            0x90, 0x33,  0x10, 0x27, 0x20, 0x4e, 47,   63,
             12,   flags, 0x20, 0x43, 0x13, 0xe8, 0x03, tachometer};
 }
 
@@ -171,7 +171,7 @@ TEST(Fru, valuesOfMultiRecords)
         "800",   "65535",
         "30",    "5",
         "9000",  "13200",
-        "0",     "0",
+        "10000", "20000",
         "47",    "63",
         "12",    "true",
         "true",  "true",
@@ -200,12 +200,24 @@ TEST(Fru, valuesOfMultiRecords)
     EXPECT_FALSE(multi.isMultiRecordTypePresent(0x05));
     EXPECT_EQ(multi.getPowerSupplyValue(nullptr, FRU_PS_PEAK_VA), "");
     EXPECT_EQ(multi.getDCLoad(nullptr, FRU_DC_LOAD_NUMBER), "");
-    const Bytes elsewhere = powerSupply(0, 0);
-    EXPECT_EQ(multi.getPowerSupplyValue(elsewhere.data(), FRU_PS_HOT_SWAP),
-              "fase");
-    EXPECT_EQ(
-        multi.getPowerSupplyValue(elsewhere.data(), FRU_PS_HOT_SWAP_AGAIN),
-        "false");
+    // Elsewhere than in the object; a bit for each flag.
+    const std::string flags[] = {
+        "false fase false false true", "false fase false true false",
+        "false fase false false false", "false true true false false",
+        "true fase false false false"};
+    for (unsigned bit = 0; bit < std::size(flags); ++bit) {
+        const Bytes elsewhere = powerSupply(uint8_t(1u << bit), 0);
+        std::string text;
+        for (int key = FRU_PS_TACHOMETER_PULSES; key <= FRU_PS_PREDICTIVE_FAIL;
+             ++key)
+            text += (text.empty() ? "" : " ") +
+                    multi.getPowerSupplyValue(elsewhere.data(), FruKey(key));
+        EXPECT_EQ(text, flags[bit]);
+    }
+    // Within the object, and no record's data.
+    const auto small = areaOf<IpmiFruMulti>({0, 0x82, 0, 0, 0});
+    EXPECT_EQ(small.getPowerSupplyValue(small.bytes(), FRU_PS_PEAK_VA), "0");
+    EXPECT_EQ(small.getPowerSupplyValue(small.bytes() + 2, FRU_PS_PEAK_VA), "");
 }
 
 TEST(Fru, chainsThatLie)
@@ -245,13 +257,34 @@ TEST(Fru, chainsThatLie)
         SCOPED_TRACE(c.what);
         const auto multi = areaOf<IpmiFruMulti>(c.chain);
         EXPECT_EQ(multi.getValue(0x00, c.key), c.text);
-        multi.dump();
     }
     Bytes odd = powerSupply(0, 0);
     odd[20] = 0x40;
     EXPECT_EQ(areaOf<IpmiFruMulti>(multiRecord(0, true, odd))
                   .getValue(0, FRU_PS_COMBINED_VOLTAGE_1),
               "n/a");
+}
+
+TEST(Fru, dumps)
+{
+    const Bytes bytes(17, 0xab);
+    testing::internal::CaptureStdout();
+    areaOf<IpmiFruChassis>(bytes).dump();
+    areaOf<IpmiFruBoard>({1}).dump();
+    areaOf<IpmiFruProduct>({2}).testDump();
+    IpmiFruProduct{}.dump();
+    areaOf<IpmiFruMulti>(bytes).dump();
+    std::string line;
+    for (int i = 0; i < 16; ++i)
+        line += " 0xab";
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "Chassis Info Area : 0x11\nData 0x00:" + line +
+                  "\nData 0x10: 0xab\n"
+                  "Board Info Area : 0x01\nData 0x00: 0x01\n"
+                  "IpmiFruOptional: Dump Entering.\n"
+                  "Info Area : 0x01\nData 0x00: 0x02\n"
+                  "IpmiFruOptional: Dump Exiting.\n"
+                  "\n");
 }
 
 TEST(Fru, partsByTheAreasClass)
@@ -368,6 +401,8 @@ TEST(Fru, aWholeImageWithItsFaults)
          "!the record at 08h has a wrong data checksum800 W"},
         {"with a wrong header checksum", imageOf(5, power),
          "!the record at 08h has a wrong header checksum"},
+        {"a record of no length", imageOf(5, Bytes(64)),
+         "!the record at 08h has no data"},
         {"internal use", imageOf(1, {1, 2, 3}), ""},
         {"an empty header", imageOf(7, {}),
          "!its header's checksum is wrong (sum FFh)"},
