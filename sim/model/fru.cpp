@@ -13,6 +13,7 @@ namespace
 constexpr uint8_t netFnStorage = 0x0A, firstCommand = 0x10, lastCommand = 0x12;
 constexpr uint8_t writeProtectedOffset = 0x80, deviceBusy = 0x81;
 constexpr uint8_t blank = 0xFF;
+constexpr size_t mostAtOnce = 255; // more does not fit in an answer
 
 FruDevice* findDevice(Bmc& bmc, uint8_t device)
 {
@@ -54,7 +55,7 @@ Bytes readData(Bmc& bmc, const Bytes& data)
         return {deviceBusy};
     const size_t offset = offsetOf(*fru, data);
     const size_t wanted = data[3] * unitOf(*fru);
-    if (fru->readLimit && wanted > fru->readLimit)
+    if (wanted > (fru->readLimit ? fru->readLimit : mostAtOnce))
         return {fru->limitCode};
     if (wanted == 0)
         return {cc::invalidDataField};
