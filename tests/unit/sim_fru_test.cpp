@@ -144,7 +144,8 @@ TEST(SimFru, aProfileHoldsAnyContentsAndWritesThemBack)
     BmcState state;
     state.frus = {makeFruDevice("01")};
     std::vector<Bytes> all{{}};
-    for (const FruDevice& fru : builtinProfile()->state().frus)
+    const auto server = builtinProfile();
+    for (const FruDevice& fru : server->state().frus)
         all.push_back(fru.contents);
     const Bytes small = makeFruDevice(device("")).contents;
     for (size_t at = 0; at < small.size(); ++at) {
