@@ -25,6 +25,7 @@
 #include <vek-ipmi/IpmiIfc.h>
 
 #include "ipmi/IpmiEventLookup.h"
+#include "ipmi/IpmiNode.h"
 #include "sim/device/device.h"
 #include "sim/fault/fault.h"
 #include "sim/model/bmc.h"
@@ -39,6 +40,7 @@ namespace
 {
 
 std::atomic<uint64_t> allocations{0};
+std::atomic<size_t> bytesInUse{0};
 
 using Codes = std::vector<uint32_t>;
 
@@ -166,13 +168,15 @@ void readWhole(Sim::EventLog& log)
 void readLog(benchmark::State& state)
 {
     const auto records = unsigned(state.range(0));
-    // What an earlier run left is freed before it is counted.
-    readWhole(serveLog(0));
     Sim::EventLog& log = serveLog(records);
-    const size_t memory = mallinfo2().uordblks;
+    {
+        // Or the place of an earlier run's records were used again.
+        VEK::MutexLock lock{g_IpmiNode[0].selMutex};
+        decltype(IpmiIfc::getSelData()){}.swap(*g_IpmiNode[0].selRecords);
+    }
+    const size_t memory = bytesInUse;
     readWhole(log);
-    state.counters["bytes/record"] =
-        double(mallinfo2().uordblks - memory) / records;
+    state.counters["bytes/record"] = double(bytesInUse - memory) / records;
     const double sent = exchanges();
     for (auto _ : state)
         readWhole(log);
@@ -251,20 +255,23 @@ void registerLookup(const std::string& name)
 // operators.
 [[gnu::noinline]] void* operator new(size_t size)
 {
+    void* const memory = malloc(size);
+    if (!memory)
+        throw std::bad_alloc{};
     ++allocations;
-    if (void* memory = malloc(size))
-        return memory;
-    throw std::bad_alloc{};
+    bytesInUse += malloc_usable_size(memory);
+    return memory;
 }
 
 [[gnu::noinline]] void operator delete(void* memory) noexcept
 {
+    bytesInUse -= malloc_usable_size(memory);
     free(memory);
 }
 
 [[gnu::noinline]] void operator delete(void* memory, size_t) noexcept
 {
-    free(memory);
+    operator delete(memory);
 }
 
 BENCHMARK(readLog)->Arg(10)->Arg(1000)->Arg(60000);
