@@ -177,104 +177,37 @@ TEST_F(Frus, readingData)
     const struct
     {
         const char* what;
-        std::vector<std::string> faults;
+        const char* faults;
         uint8_t limit, code;
         int result;
         unsigned stored;
         const char* reads;
         int most; ///< Bytes asked for at once from then on.
     } cases[] = {
-        {"plain", {}, 0, 0, 0, 60, "0,23 23,23 46,14", 23},
-        {"smaller chunks",
-         {},
-         20,
-         0xc7,
-         0,
-         60,
-         "0,23 0,22 0,21 0,20 20,20 40,20",
-         20},
-        {"the smallest",
-         {},
-         8,
-         0xca,
-         0,
-         60,
+        {"plain", "", 0, 0, 0, 60, "0,23 23,23 46,14", 23},
+        {"smaller chunks", "", 20, 0xc7, 0, 60,
+         "0,23 0,22 0,21 0,20 20,20 40,20", 20},
+        {"the smallest", "", 8, 0xca, 0, 60,
          "0,23 0,22 0,21 0,20 0,19 0,18 0,17 0,16 0,15 0,14 0,13 0,12 0,11 "
          "0,10 0,9 0,8 8,8 16,8 24,8 32,8 40,8 48,8 56,4",
          8},
-        {"too small",
-         {},
-         7,
-         0xcc,
-         0xcc,
-         0,
+        {"too small", "", 7, 0xcc, 0xcc, 0,
          "0,23 0,22 0,21 0,20 0,19 0,18 0,17 0,16 0,15 0,14 0,13 0,12 0,11 "
          "0,10 0,9 0,8",
          8},
-        {"busy at first",
-         {"cmd=read-fru-data,nth=1,cc=C0"},
-         0,
-         0,
-         0xc0,
-         0,
-         "0,23",
-         23},
-        {"busy later",
-         {"cmd=read-fru-data,after=1,count=4,cc=C3"},
-         0,
-         0,
-         0,
-         60,
-         "0,23 23,23 23,23 23,23 23,23 23,23 46,14",
-         23},
-        {"busy for good",
-         {"cmd=read-fru-data,after=1,cc=C3"},
-         0,
-         0,
-         0xc3,
-         23,
-         "0,23 23,23 23,23 23,23 23,23 23,23",
-         23},
-        {"refused",
-         {"cmd=read-fru-data,nth=2,cc=D5"},
-         0,
-         0,
-         0xd5,
-         23,
-         "0,23 23,23",
-         23},
-        {"no answer",
-         {"cmd=read-fru-data,nth=2,lost"},
-         0,
-         0,
-         -1,
-         23,
-         "0,23 23,23",
-         23},
-        {"more than asked for",
-         {"cmd=read-fru-data,nth=3,flip=1:10"},
-         0,
-         0,
-         -1,
-         46,
-         "0,23 23,23 46,14",
-         23},
-        {"less than it says",
-         {"cmd=read-fru-data,nth=1,cut=12"},
-         0,
-         0,
-         0,
-         60,
-         "0,23 10,23 33,23 56,4",
-         23},
-        {"nothing, again and again",
-         {"cmd=read-fru-data,after=1,cut=2"},
-         0,
-         0,
-         -1,
-         23,
-         "0,23 23,23 23,23 23,23 23,23 23,23 23,23 23,23 23,23",
-         23},
+        {"busy at first", "F,nth=1,cc=C0", 0, 0, 0xc0, 0, "0,23", 23},
+        {"busy later", "F,after=1,count=4,cc=C3", 0, 0, 0, 60,
+         "0,23 23,23 23,23 23,23 23,23 23,23 46,14", 23},
+        {"busy for good", "F,after=1,cc=C3", 0, 0, 0xc3, 23,
+         "0,23 23,23 23,23 23,23 23,23 23,23", 23},
+        {"refused", "F,nth=2,cc=D5", 0, 0, 0xd5, 23, "0,23 23,23", 23},
+        {"no answer", "F,nth=2,lost", 0, 0, -1, 23, "0,23 23,23", 23},
+        {"more than asked for", "F,nth=3,flip=1:10", 0, 0, -1, 46,
+         "0,23 23,23 46,14", 23},
+        {"less than it says", "F,nth=1,cut=12", 0, 0, 0, 60,
+         "0,23 10,23 33,23 56,4", 23},
+        {"nothing, again and again", "F,after=1,cut=2", 0, 0, -1, 23,
+         "0,23 23,23 23,23 23,23 23,23 23,23 23,23 23,23 23,23", 23},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -285,7 +218,7 @@ TEST_F(Frus, readingData)
         fru.readLimit = c.limit;
         fru.limitCode = c.code;
         hold({fru});
-        setFaults(c.faults);
+        setFaults(rules(c.faults));
         uint8_t bytes[60] = {};
         unsigned length = sizeof bytes;
         Seam::takeSleeps();

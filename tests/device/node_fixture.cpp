@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <map>
+#include <sstream>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -67,6 +69,21 @@ int logged(const std::string& text)
     return int(std::count_if(lines.begin(), lines.end(), [&](const auto& l) {
         return l.text.find(text) != std::string::npos;
     }));
+}
+
+std::vector<std::string> rules(const std::string& words)
+{
+    static const std::map<char, const char*> commands{{'I', "get-sel-info"},
+                                                      {'E', "get-sel-entry"},
+                                                      {'R', "reserve-sel"},
+                                                      {'C', "clear-sel"},
+                                                      {'F', "read-fru-data"}};
+    std::vector<std::string> result;
+    std::istringstream in{words};
+    for (std::string word; in >> word;)
+        result.push_back(std::string{"cmd="} + commands.at(word[0]) +
+                         word.substr(1));
+    return result;
 }
 
 int openCount()

@@ -22,6 +22,11 @@ std::vector<std::string> texts(const std::vector<Seam::LogLine>& lines);
 /// Lines of the log that hold a text; the log is used up.
 int logged(const std::string& text);
 
+/// Rules of faults from words between blanks, of which the first letter stands
+/// for a command: Get SEL (I)nfo, Get SEL (E)ntry, (R)eserve SEL, (C)lear SEL,
+/// Read (F)RU Data.
+std::vector<std::string> rules(const std::string& words);
+
 /// How many handles were opened so far.
 int openCount();
 

@@ -145,55 +145,38 @@ TEST_F(Sel, oneRecord)
     const struct
     {
         const char* what;
-        std::vector<std::string> faults;
+        const char* faults;
         uint8_t readLimit;
         uint16_t id;
         const char* asked; ///< Behind the first reservation.
         int result;
     } cases[] = {
-        {"whole", {}, 0, 2, "2", 0},
-        {"its end first", {}, 15, 2, "2 2+1,15 2+0,1", 0},
-        {"in small chunks", {}, 13, 2, "2 2+1,15 2+2,14 2+3,13 2+0,3", 0},
-        {"in too small ones", {}, 12, 2, "2 2+1,15 2+2,14 2+3,13", -1},
-        {"cancelled", {"cmd=get-sel-entry,nth=1,cc=C5"}, 0, 2, "2 r 2", 0},
-        {"by another program in mid-record",
-         {"cmd=get-sel-entry,nth=3,other-reader"},
-         15,
-         2,
-         "2 2+1,15 2+0,1 r 2+0,1",
+        {"whole", "", 0, 2, "2", 0},
+        {"its end first", "", 15, 2, "2 2+1,15 2+0,1", 0},
+        {"in small chunks", "", 13, 2, "2 2+1,15 2+2,14 2+3,13 2+0,3", 0},
+        {"in too small ones", "", 12, 2, "2 2+1,15 2+2,14 2+3,13", -1},
+        {"cancelled", "E,nth=1,cc=C5", 0, 2, "2 r 2", 0},
+        {"by another program in mid-record", "E,nth=3,other-reader", 15, 2,
+         "2 2+1,15 2+0,1 r 2+0,1", 0},
+        {"and there is no other to have", "E,nth=1,cc=C5 R,after=1,cc=D5", 0, 2,
+         "2 r !2", 0},
+        {"no answer", "E,nth=1,lost", 0, 2, "2 2", 0},
+        {"busy", "E,cc=C0", 0, 2, "2 2 2 2", -1},
+        {"gone", "", 0, 9, "9 9 9 9", -1},
+        {"short", "E,nth=1,cut=18", 0, 2, "2 2", 0},
+        {"long", "E,nth=1,pad=20", 0, 2, "2 2", 0},
+        {"another's", "E,nth=1,flip=3:01", 0, 2, "2 2", 0},
+        {"high byte", "E,flip=4:01", 0, 2, "2 2 2 2", -1},
+        {"half an id", "E,nth=3,flip=3:01", 15, 2, "2 2+1,15 2+0,1 2+0,1", 0},
+        {"bytes that are no id", "E,nth=2,flip=3:01", 15, 2, "2 2+1,15 2+0,1",
          0},
-        {"and there is no other to have",
-         {"cmd=get-sel-entry,nth=1,cc=C5", "cmd=reserve-sel,after=1,cc=D5"},
-         0,
-         2,
-         "2 r !2",
-         0},
-        {"no answer", {"cmd=get-sel-entry,nth=1,lost"}, 0, 2, "2 2", 0},
-        {"busy", {"cmd=get-sel-entry,cc=C0"}, 0, 2, "2 2 2 2", -1},
-        {"gone", {}, 0, 9, "9 9 9 9", -1},
-        {"short", {"cmd=get-sel-entry,nth=1,cut=18"}, 0, 2, "2 2", 0},
-        {"long", {"cmd=get-sel-entry,nth=1,pad=20"}, 0, 2, "2 2", 0},
-        {"another's", {"cmd=get-sel-entry,nth=1,flip=3:01"}, 0, 2, "2 2", 0},
-        {"high byte", {"cmd=get-sel-entry,flip=4:01"}, 0, 2, "2 2 2 2", -1},
-        {"half an id",
-         {"cmd=get-sel-entry,nth=3,flip=3:01"},
-         15,
-         2,
-         "2 2+1,15 2+0,1 2+0,1",
-         0},
-        {"bytes that are no id",
-         {"cmd=get-sel-entry,nth=2,flip=3:01"},
-         15,
-         2,
-         "2 2+1,15 2+0,1",
-         0},
-        {"the first one", {"cmd=get-sel-entry,flip=3:05"}, 0, 0, "0", 0},
+        {"the first one", "E,flip=3:05", 0, 0, "0", 0},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         hold(3);
         log().readLimit = c.readLimit;
-        setFaults(c.faults);
+        setFaults(rules(c.faults));
         EXPECT_EQ(IpmiIfcSelReserve(0), 0);
         ipmiifc_sel_entry entry{0xaa, c.id, {}};
         EXPECT_EQ(IpmiIfcSelReadEntry(0, &entry), c.result);
@@ -214,123 +197,50 @@ TEST_F(Sel, theWholeLog)
     const struct
     {
         const char* what;
-        std::vector<std::string> faults;
+        const char* faults;
         const char* asked;
         const char* held;
         bool complete;
         const char* line;
     } cases[] = {
-        {"none", {}, "i r 0 2 3", "1 2 3", true, ""},
-        {"fewer than there are",
-         {"cmd=get-sel-info,entries=2"},
-         "i r 0 2",
-         "1 2",
-         false,
+        {"none", "", "i r 0 2 3", "1 2 3", true, ""},
+        {"fewer than there are", "I,entries=2", "i r 0 2", "1 2", false, ""},
+        {"more than there are", "I,entries=200", "i r 0 2 3", "1 2 3", true,
          ""},
-        {"more than there are",
-         {"cmd=get-sel-info,entries=200"},
-         "i r 0 2 3",
-         "1 2 3",
-         true,
-         ""},
-        {"none at all",
-         {"cmd=get-sel-info,entries=0"},
-         "i r",
-         "",
-         true,
+        {"none at all", "I,entries=0", "i r", "", true,
          "IpmiIfcSelGetAll: node 0 no record count"},
-        {"a record that cannot be read",
-         {"cmd=get-sel-entry,data=??:??:02:00,cc=D5"},
-         "i r 0 2 2 2 2 2 2 2 2",
-         "1",
-         false,
-         ""},
-        {"one that can be read later",
-         {"cmd=get-sel-entry,data=??:??:02:00,count=4,cc=D5"},
-         "i r 0 2 2 2 2 2",
-         "1 2",
-         false,
-         ""},
+        {"a record that cannot be read", "E,data=??:??:02:00,cc=D5",
+         "i r 0 2 2 2 2 2 2 2 2", "1", false, ""},
+        {"one that can be read later", "E,data=??:??:02:00,count=4,cc=D5",
+         "i r 0 2 2 2 2 2", "1 2", false, ""},
         {"from the last to the first",
-         {"cmd=get-sel-entry,data=??:??:03:00,next-id=0001",
-          "cmd=get-sel-info,entries=999"},
-         "i r 0 2 3",
-         "1 2 3",
-         true,
+         "E,data=??:??:03:00,next-id=0001 I,entries=999", "i r 0 2 3", "1 2 3",
+         true, repeats},
+        {"to the very first", "E,data=??:??:03:00,next-id=0000 I,entries=999",
+         "i r 0 2 3", "1 2 3", true, repeats},
+        {"to itself", "E,data=??:??:02:00,next-id=0002", "i r 0 2", "1 2", true,
          repeats},
-        {"to the very first",
-         {"cmd=get-sel-entry,data=??:??:03:00,next-id=0000",
-          "cmd=get-sel-info,entries=999"},
-         "i r 0 2 3",
-         "1 2 3",
-         true,
-         repeats},
-        {"to itself",
-         {"cmd=get-sel-entry,data=??:??:02:00,next-id=0002"},
-         "i r 0 2",
-         "1 2",
-         true,
-         repeats},
-        {"cleared before it is read",
-         {"cmd=get-sel-entry,nth=1,clear-sel"},
-         "i r 0 r 0 0 0 0 0 0 0 0 0 0 0",
-         "",
-         false,
-         ""},
-        {"no version", {"cmd=get-sel-info,flip=1:51"}, "i r", "", false, ""},
-        {"an old version",
-         {"cmd=get-sel-info,flip=1:01"},
-         "i r",
-         "",
-         false,
+        {"cleared before it is read", "E,nth=1,clear-sel",
+         "i r 0 r 0 0 0 0 0 0 0 0 0 0 0", "", false, ""},
+        {"no version", "I,flip=1:51", "i r", "", false, ""},
+        {"an old version", "I,flip=1:01", "i r", "", false,
          "IpmiIfcSelGetAll: invalid version. Version = 0x50"},
-        {"which is logged once",
-         {"cmd=get-sel-info,flip=1:01"},
-         "i r",
-         "",
-         false,
-         ""},
-        {"another version",
-         {"cmd=get-sel-info,flip=1:53"},
-         "i r 0 2 3",
-         "1 2 3",
-         true,
-         ""},
-        {"information cut",
-         {"cmd=get-sel-info,cut=14"},
-         "i",
-         "",
-         false,
+        {"which is logged once", "I,flip=1:01", "i r", "", false, ""},
+        {"another version", "I,flip=1:53", "i r 0 2 3", "1 2 3", true, ""},
+        {"information cut", "I,cut=14", "i", "", false,
          "IpmiIfcRhSelInfo: answer too short (14)"},
-        {"refused",
-         {"cmd=get-sel-info,cc=C1"},
-         "i",
-         "",
-         false,
+        {"refused", "I,cc=C1", "i", "", false,
          "IpmiIfcSelGetInfo: IPMI_CMD_GET_SEL_INFO cc=0xc1"},
-        {"not in a state for it",
-         {"cmd=get-sel-info,cc=81"},
-         "i",
-         "",
-         false,
-         ""},
-        {"no reservations",
-         {"cmd=reserve-sel,cc=C1"},
-         "i r r !0 !2 !3",
-         "1 2 3",
-         true,
+        {"not in a state for it", "I,cc=81", "i", "", false, ""},
+        {"no reservations", "R,cc=C1", "i r r !0 !2 !3", "1 2 3", true,
          "node: 0 reserve sel command is not supported"},
-        {"a reservation refused",
-         {"cmd=reserve-sel,nth=1,cc=D5"},
-         "i r r 0 2 3",
-         "1 2 3",
-         true,
+        {"a reservation refused", "R,nth=1,cc=D5", "i r r 0 2 3", "1 2 3", true,
          "node: 0 reserve sel failed cc 0xd5"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         hold(3);
-        setFaults(c.faults);
+        setFaults(rules(c.faults));
         const bool answered = poll() == 0;
         EXPECT_EQ(asked(), c.asked);
         EXPECT_EQ(heldIds(), c.held);
@@ -400,46 +310,33 @@ TEST_F(Sel, eachNewEventOnceAndInOrder)
     {
         const char* what;
         void (*happens)(Log&);
-        std::vector<std::string> faults;
+        const char* faults;
         const char* asked;
         const char* handed;
     } polls[] = {
-        {"first", nothing, {}, "i r 0 2 3", ""},
-        {"nothing new", nothing, {}, "i", ""},
-        {"two events", [](Log&) { add(2); }, {}, "i r 3 4 5", "B4 A4 B5 A5"},
+        {"first", nothing, "", "i r 0 2 3", ""},
+        {"nothing new", nothing, "", "i", ""},
+        {"two events", [](Log&) { add(2); }, "", "i r 3 4 5", "B4 A4 B5 A5"},
         {"one more in that second",
          [](Log&) {
              --now;
              add(1);
          },
-         {},
-         "i",
-         ""},
-        {"and a later one", [](Log&) { add(1); }, {}, "i r 5 6 7", "B7 A7"},
+         "", "i", ""},
+        {"and a later one", [](Log&) { add(1); }, "", "i r 5 6 7", "B7 A7"},
         {"the clock set back",
          [](Log&) {
              now = 500;
              add(1);
          },
-         {},
-         "i r 7 8",
-         ""},
-        {"old events are no news",
-         [](Log&) { add(1); },
-         {},
-         "i r 8 9",
+         "", "i r 7 8", ""},
+        {"old events are no news", [](Log&) { add(1); }, "", "i r 8 9",
          "B9 A9"},
-        {"an event that cannot be read",
-         [](Log&) { add(2); },
-         {"cmd=get-sel-entry,data=??:??:0b:00,cc=D5"},
-         "i r 9 10 11 11 11 11",
+        {"an event that cannot be read", [](Log&) { add(2); },
+         "E,data=??:??:0b:00,cc=D5", "i r 9 10 11 11 11 11", ""},
+        {"still not", nothing, "E,data=??:??:0b:00,cc=D5", "i r 10 11 11 11 11",
          ""},
-        {"still not",
-         nothing,
-         {"cmd=get-sel-entry,data=??:??:0b:00,cc=D5"},
-         "i r 10 11 11 11 11",
-         ""},
-        {"now it can", nothing, {}, "i r 10 11", "B10 A10 B11 A11"},
+        {"now it can", nothing, "", "i r 10 11", "B10 A10 B11 A11"},
         {"one that came behind the information",
          [](Log& log) {
              add(1);
@@ -447,82 +344,54 @@ TEST_F(Sel, eachNewEventOnceAndInOrder)
              log.records.back().bytes[0] = 13;
              log.records.back().bytes[3] += 1;
          },
-         {},
-         "i r 11 12 13",
-         "B12 A12 B13 A13"},
+         "", "i r 11 12 13", "B12 A12 B13 A13"},
         {"it is not news again",
          [](Log& log) {
              log.lastId = 13;
              log.added = uint32_t(++now);
          },
-         {},
-         "i r 13",
-         ""},
-        {"one that cancels the reservation",
-         [](Log&) { add(1); },
-         {"cmd=get-sel-entry,nth=1,other-reader"},
-         "i r 13 r 13 14",
-         "B14 A14"},
+         "", "i r 13", ""},
+        {"one that cancels the reservation", [](Log&) { add(1); },
+         "E,nth=1,other-reader", "i r 13 r 13 14", "B14 A14"},
         {"the last record was deleted, by the ring say",
          [](Log& log) {
              log.records.pop_back();
              add(1);
          },
-         {},
-         "i r 14 14 14 14",
-         ""},
-        {"again", nothing, {}, "i r 14 14 14 14", ""},
-        {"read anew",
-         nothing,
-         {},
-         "i r 0 2 3 4 5 6 7 8 9 10 11 12 13 15",
+         "", "i r 14 14 14 14", ""},
+        {"again", nothing, "", "i r 14 14 14 14", ""},
+        {"read anew", nothing, "", "i r 0 2 3 4 5 6 7 8 9 10 11 12 13 15",
          "B15 A15"},
-        {"the log leads back",
-         [](Log&) { add(1); },
-         {"cmd=get-sel-entry,data=??:??:10:00,next-id=0003"},
-         "i r 15 16 3",
-         "B16 A16"},
+        {"the log leads back", [](Log&) { add(1); },
+         "E,data=??:??:10:00,next-id=0003", "i r 15 16 3", "B16 A16"},
         {"cleared",
          [](Log& log) {
              log.clear(++now);
              add(2);
          },
-         {},
-         "i r 0 2",
-         "B1 A1 B2 A2"},
+         "", "i r 0 2", "B1 A1 B2 A2"},
         {"cleared, and read in part",
          [](Log& log) {
              log.clear(++now);
              add(3);
          },
-         {"cmd=get-sel-entry,data=??:??:02:00,cc=D5"},
-         "i r 0 2 2 2 2 2 2 2 2",
-         "B1 A1"},
-        {"and not at all",
-         nothing,
-         {"cmd=get-sel-entry,cc=D5"},
-         "i r 0 0 0 0 0 0 0 0 0 0 0 0",
+         "E,data=??:??:02:00,cc=D5", "i r 0 2 2 2 2 2 2 2 2", "B1 A1"},
+        {"and not at all", nothing, "E,cc=D5", "i r 0 0 0 0 0 0 0 0 0 0 0 0",
          ""},
-        {"and the rest", nothing, {}, "i r 0 2 3", "B2 A2 B3 A3"},
-        {"an answer without times",
-         [](Log&) { add(1); },
-         {"cmd=get-sel-info,cut=7"},
-         "i",
-         ""},
+        {"and the rest", nothing, "", "i r 0 2 3", "B2 A2 B3 A3"},
+        {"an answer without times", [](Log&) { add(1); }, "I,cut=7", "i", ""},
         {"an OEM record and an event",
          [](Log& log) {
              log.add({0, 0, 0xc0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9},
                      ++now);
              add(1);
          },
-         {},
-         "i r 3 4 5 6",
-         "B4 A4 B6 A6"},
+         "", "i r 3 4 5 6", "B4 A4 B6 A6"},
     };
     for (const auto& p : polls) {
         SCOPED_TRACE(p.what);
         p.happens(log());
-        setFaults(p.faults);
+        setFaults(rules(p.faults));
         handed.clear();
         EXPECT_EQ(poll(), 0);
         EXPECT_EQ(asked(), p.asked);
@@ -606,26 +475,19 @@ TEST_F(Sel, clearing)
     const struct
     {
         const char* what;
-        std::vector<std::string> faults;
+        const char* faults;
         int result;
         const char* asked;
         size_t left;
     } cases[] = {
-        {"cleared", {}, 0, "r c i r", 0},
-        {"busy once", {"cmd=clear-sel,nth=1,cc=C0"}, 0, "r c c i r", 0},
-        {"busy", {"cmd=clear-sel,cc=C0"}, 2, "r c c c c c", 3},
-        {"a reservation lost",
-         {"cmd=clear-sel,nth=1,other-reader"},
-         2,
-         "r c r c r c r c r c r",
-         3},
-        {"refused", {"cmd=clear-sel,cc=D4"}, 5, "r c", 3},
-        {"no answer", {"cmd=clear-sel,lost"}, 4, "r c", 0},
-        {"an erasure that failed",
-         {"cmd=clear-sel,flip=1:02"},
-         2,
-         "r c i r",
-         0},
+        {"cleared", "", 0, "r c i r", 0},
+        {"busy once", "C,nth=1,cc=C0", 0, "r c c i r", 0},
+        {"busy", "C,cc=C0", 2, "r c c c c c", 3},
+        {"a reservation lost", "C,nth=1,other-reader", 2,
+         "r c r c r c r c r c r", 3},
+        {"refused", "C,cc=D4", 5, "r c", 3},
+        {"no answer", "C,lost", 4, "r c", 0},
+        {"an erasure that failed", "C,flip=1:02", 2, "r c i r", 0},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -633,7 +495,7 @@ TEST_F(Sel, clearing)
         poll();
         asked();
         now += 5;
-        setFaults(c.faults);
+        setFaults(rules(c.faults));
         EXPECT_EQ(IpmiIfc::getSel()->clear(), c.result);
         EXPECT_EQ(asked(), c.asked);
         EXPECT_EQ(log().records.size(), c.left);
