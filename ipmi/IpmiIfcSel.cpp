@@ -120,33 +120,6 @@ Change changeOf(IpmiNode& node, const ipmiifc_sel_info& held,
                : Change::added;
 }
 
-// The information is kept only once all that it announces was read, so that
-// the next poll tries again, for the same events.
-void readAdded(IpmiNode& node, const ipmiifc_sel_info& info, uint32_t since)
-    VEK_REQUIRES(node.selRefreshMutex)
-{
-    IpmiIfcSelReserve(0);
-    uint16_t last = 0;
-    {
-        VEK::MutexLock lock{node.selMutex};
-        last = node.lastSelRecordId;
-    }
-    SelRefresh& refresh = *node.selRefresh;
-    const SelWalkEnd end = readNewRecords(node, last);
-    if (end == SelWalkEnd::firstFailed)
-        ++refresh.lastRecordFailures;
-    else
-        refresh.lastRecordFailures = 0;
-    node.selComplete = end == SelWalkEnd::complete;
-    if (!node.selComplete)
-        return;
-    {
-        VEK::MutexLock lock{node.selMutex};
-        store(node, info);
-    }
-    refresh.offered = queueEvents(node, refresh.offered, since);
-}
-
 // What handlers were offered before is not new, though its time may say so.
 // The next poll goes on from here if this one is left in the midst of it.
 void startWhole(IpmiNode& node, const ipmiifc_sel_info& info, uint32_t since)
@@ -182,6 +155,37 @@ void readAll(IpmiNode& node, const ipmiifc_sel_info& info, uint32_t since)
         return;
     refresh.wholeAgain = false;
     refresh.known.clear();
+}
+
+// The information is kept only once all that it announces was read, so that
+// the next poll tries again, for the same events.
+void readAdded(IpmiNode& node, const ipmiifc_sel_info& info, uint32_t since)
+    VEK_REQUIRES(node.selRefreshMutex)
+{
+    IpmiIfcSelReserve(0);
+    uint16_t last = 0;
+    {
+        VEK::MutexLock lock{node.selMutex};
+        last = node.lastSelRecordId;
+    }
+    SelRefresh& refresh = *node.selRefresh;
+    const SelWalkEnd end = readNewRecords(node, last);
+    if (end == SelWalkEnd::replaced) {
+        readAll(node, info, since);
+        return;
+    }
+    if (end == SelWalkEnd::firstFailed)
+        ++refresh.lastRecordFailures;
+    else
+        refresh.lastRecordFailures = 0;
+    node.selComplete = end == SelWalkEnd::complete;
+    if (!node.selComplete)
+        return;
+    {
+        VEK::MutexLock lock{node.selMutex};
+        store(node, info);
+    }
+    refresh.offered = queueEvents(node, refresh.offered, since);
 }
 
 void refreshLog(IpmiNode& node, const ipmiifc_sel_info& info)

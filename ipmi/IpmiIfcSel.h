@@ -61,6 +61,7 @@ enum class SelWalkEnd
     counted,     ///< After as many records as the log said that it has.
     failed,      ///< Something could not be read.
     firstFailed, ///< Not even the record that it was to go on from.
+    replaced,    ///< That record is another one now.
     unread       ///< There was nothing to walk over.
 };
 SelWalkEnd readWholeLog(IpmiNode& node) VEK_REQUIRES(node.selRefreshMutex);

@@ -206,6 +206,17 @@ void Walk::append(const sel_event_record& record)
     node_.lastSelRecordId = word(record.recordId);
 }
 
+// The last record held, by its id; but not by its bytes.
+bool isReplaced(IpmiNode& node, const sel_event_record& record)
+{
+    VEK::MutexLock lock{node.selMutex};
+    if (node.selRecords->empty())
+        return false;
+    const sel_event_record& held = node.selRecords->back()->record();
+    return word(held.recordId) == word(record.recordId) &&
+           memcmp(&held, &record, sizeof record) != 0;
+}
+
 // A controller that jumps back to a record that the cache has would make the
 // walk go over the whole log once more.
 bool meetsHeldRecord(const Walk& walk, const sel_event_record& record)
@@ -259,6 +270,10 @@ SelWalkEnd readNewRecords(IpmiNode& node, uint16_t lastId)
     entry.nextRecordId = lastId;
     if (IpmiIfcSelReadEntry(0, &entry) != 0)
         return SelWalkEnd::firstFailed;
+    // The log was cleared, and has grown past it again: some controllers do
+    // not stamp a clear, and all count from 1 then.
+    if (isReplaced(node, entry.record))
+        return SelWalkEnd::replaced;
     Walk walk{node};
     walk.meet(lastId);
     walk.meet(word(entry.record.recordId));

@@ -17,6 +17,7 @@ namespace sel
 /// time stamp (IPMI v2.0, 32.1 to 32.3).
 constexpr uint8_t event = 0x02, oem = 0xC0, oemUntimed = 0xE0;
 constexpr size_t recordSize = 16;
+constexpr uint32_t never = 0xFFFFFFFF; ///< Nothing was added, or erased.
 } // namespace sel
 
 struct SelRecord
@@ -37,8 +38,8 @@ struct EventLog
     };
 
     uint8_t version = 0x51;
-    uint32_t added = 0; ///< Seconds since 1970.
-    uint32_t erased = 0;
+    uint32_t added = sel::never; ///< Seconds since 1970.
+    uint32_t erased = sel::never;
     uint8_t operations = allocationInfo | reserveSupported | deleteSupported;
     uint16_t capacity = 512;      ///< Records.
     bool ring = false;            ///< When it is full, the oldest record goes.

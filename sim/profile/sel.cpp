@@ -158,7 +158,7 @@ uint32_t lastStamp(const EventLog& log)
         if (at->bytes.size() >= timeAt + 4 && typeOf(*at) < sel::oemUntimed)
             return word(at->bytes, timeAt) |
                    uint32_t(word(at->bytes, timeAt + 2)) << 16;
-    return 0;
+    return sel::never;
 }
 
 void finish(EventLog& log, bool stamped)

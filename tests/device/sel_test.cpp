@@ -370,6 +370,14 @@ TEST_F(Sel, eachNewEventOnceAndInOrder)
              add(2);
          },
          "", "i r 0 2", "B1 A1 B2 A2"},
+        {"cleared without a stamp, and grown again",
+         [](Log& log) {
+             const uint32_t erased = log.erased;
+             log.clear(++now);
+             log.erased = erased;
+             add(3);
+         },
+         "", "i r 2 r 0 2 3", "B1 A1 B2 A2 B3 A3"},
         {"cleared, and read in part",
          [](Log& log) {
              log.clear(++now);

@@ -87,7 +87,7 @@ TEST(SimSel, aConversationWithTheLog)
     Server server{threeRecords()};
     play(server,
          {
-             {"info", "0a40", "00 51 03 00 10 00 03 00 00 00 00 00 00 00 0b"},
+             {"info", "0a40", "00 51 03 00 10 00 03 00 00 00 ff ff ff ff 0b"},
              {"allocation", "0a41", "00 04 00 10 00 01 00 01 00 01"},
              {"first", "0a43 0000 0000 00 0e",
               "00 02 00 01 00 02 02 01 00 00 72 60 04 04 07 81 52"},
@@ -105,7 +105,7 @@ TEST(SimSel, aConversationWithTheLog)
              {"which cancelled", "0a43 0100 0a00 00 01", "c5"},
              {"full", "0a44 0505 02 00000000 4100 04 010203040506", "c4"},
              {"overflow", "0a40",
-              "00 51 04 00 00 00 00 00 00 60 00 00 00 00 8b"},
+              "00 51 04 00 00 00 00 00 00 60 ff ff ff ff 8b"},
              {"delete, no reservation", "0a46 0000 0200", "c5"},
              {"reserve again", "0a42", "00 02 00"},
              {"delete", "0a46 0200 0200", "00 02 00"},
