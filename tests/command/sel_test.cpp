@@ -244,38 +244,40 @@ TEST(Sel, losesTheVeryRecordThatIsMeant)
     });
 }
 
-// Until two records came.
-std::string watched(const std::string& sim, const std::string& options)
-{
-    return "echo '{\"identity\": {\"manufacturer\": 0}, \"eventLog\": "
-           "{\"records\": [{\"time\": 4000000000, \"sensorType\": \"fan\", "
-           "\"sensor\": 1}]}}' >late; $sim " +
-           sim + " -- $tool sel watch " + options +
-           " >out & for i in $(seq 200); do [ $(wc -l <out) -ge 2 ] && break; "
-           "sleep 0.1; done; kill -TERM $!; wait $!; s=$?; "
-           "sed -E -e 's/20[-0-9T:]{17}Z/TIME/' "
-           "-e 's/.*\"id\":([0-9]+),\"rec.*\"event\":\"([^\"]*)\".*/\\1 \\2/' "
-           "out; "
-           "exit $s";
-}
-
+// All at once: each until it has written so many lines or some tenths of a
+// second are over, and not killed while it ends.
 TEST(Sel, isWatchedUntilInterrupted)
 {
-    const std::string event = "--fault cmd=get-sel-info,nth=4,add-event ",
-                      next = "--fault cmd=get-sel-info,nth=5,add-event ",
-                      last = "--fault cmd=get-sel-info,nth=6,add-event ",
-                      clear = "--fault cmd=get-sel-info,nth=5,clear-sel ";
-    const std::string cleared = watched(event + clear + last, "--utc");
-    // Behind a record of the future no handler hears of events.
-    const std::string late =
-        watched("--profile late " + event + next, "--json");
+    const char line[] =
+        R"sh(
+echo '{"identity": {"manufacturer": 0}, "eventLog": {"records": [{"time":
+  4000000000, "sensorType": "fan", "sensor": 1}]}}' >late
+t="timeout --foreground -s KILL 26 $tool sel watch"
+i=cmd=get-sel-info e=cmd=get-sel-entry,data=??:??:05:00,cc=cb
+w() {
+  n=$1 lines=$2 tenths=$3; shift 3
+  $sim "$@" >$n.out 2>&1 & p=$!
+  while [ $(wc -l <$n.out) -lt $lines ] && [ $tenths -gt 0 ]; do
+    sleep 0.1; tenths=$((tenths - 1))
+  done
+  kill -TERM $p; wait $p; echo "$n ends: $?" >>$n.out
+}
+w 1-events 4 200 --fault $i,nth=5,add-event --fault $i,nth=7,clear-sel \
+  --fault $i,nth=8,add-event -- $t --utc &
+w 2-busy-then-behind-the-future 3 200 --profile late --fault $i,nth=4,cc=c0 \
+  --fault $i,nth=7,add-event --fault $i,nth=8,add-event -- $t --json &
+w 3-partial-then-whole 4 200 --fault $e,count=912 \
+  --fault $i,nth=7,add-event -- $t --utc &
+w 4-stamp-changed-not-read 3 200 --fault $i,after=4,flip=10:01 \
+  --fault cmd=get-sel-entry,after=80,count=640,cc=cb -- $t &
+w 5-no-answer 1 50 --fault $i,nth=4,lost -- $t &
+w 6-no-start 1 30 --fault cmd=get-device-id,lost -- $t &
+wait
+sed -E -e 's/vek-ipmi: //' -e 's/20[-0-9T:]{17}Z  //' -e \
+  's/.*"id":([0-9]+),"rec.*"event":"([^"]*)".*/\1 \2/' [1-6]*.out
+)sh";
     checkInFolder({
-        {"events, then a new log", cleared.c_str(), 0,
-         "81  TIME  info  System Event #0x00: OEM System Boot Event, asserted\n"
-         "1  TIME  info  System Event #0x00: OEM System Boot Event, asserted\n",
-         "80 records in .*the event log was cleared"},
-        {"what no handler hears of, as JSON", late.c_str(), 0,
-         "2 OEM System Boot Event\n3 OEM System Boot Event\n", "1 record in"},
+        {"each", line, 0, "@sel-watch.txt", ""},
         {"no log", "$sim --profile minimal -- $tool sel watch", 3, "",
          "not read: C1h"},
     });

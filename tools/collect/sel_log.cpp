@@ -44,7 +44,15 @@ void checkVersion(uint8_t version)
                       "Update the controller's firmware."};
 }
 
-std::string progressText()
+unsigned entriesOfNode()
+{
+    const Ipmi::ipmiifc_sel_info info = Ipmi::IpmiIfc::getRawSelHeader();
+    return info.entryCount[0] | info.entryCount[1] * 0x100u;
+}
+
+} // namespace
+
+std::string selProgressText()
 {
     const Ipmi::IpmiSelProgress progress = Ipmi::IpmiIfcSelGetProgress(0);
     if (progress.total == 0)
@@ -53,52 +61,48 @@ std::string progressText()
            std::to_string(progress.total);
 }
 
-bool any(const uint8_t (&bytes)[4])
-{
-    return bytes[0] || bytes[1] || bytes[2] || bytes[3];
-}
-
-// Of a running node's controller.
-Ipmi::ipmiifc_sel_info askForSel()
+SelState askForSel()
 {
     constexpr Command command = commands::getSelInfo;
     constexpr int noAnswer = 0xFF;
-    Ipmi::ipmiifc_sel_info info{};
-    uint8_t answer[sizeof info] = {};
+    uint8_t answer[sizeof(Ipmi::ipmiifc_sel_info)] = {};
     uint16_t length = sizeof answer;
     const int code = Ipmi::IpmiIfc::sendCmd(command.code, command.netFn, 0,
                                             nullptr, &length, answer);
-    if (code != 0)
-        throw failureOf(unread, command,
-                        {static_cast<uint8_t>(code), code != noAnswer});
-    memcpy(&info, answer, sizeof info);
-    return info;
+    SelState state;
+    state.completion = {static_cast<uint8_t>(code), code != noAnswer};
+    // Times of 0 in a cut answer would be those of another log.
+    if (code == 0 && length == sizeof answer)
+        memcpy(&state.info, answer, sizeof answer);
+    return state;
 }
 
-} // namespace
+void requireSel(const SelState& state)
+{
+    constexpr uint8_t invalidCommand = 0xC1;
+    if (state.completion.answered && state.completion.code == invalidCommand)
+        throw failureOf(unread, commands::getSelInfo, state.completion);
+    if (state.isUsable())
+        checkVersion(state.info.selVersion);
+}
 
 bool nodeHoldsSel()
 {
-    const Ipmi::ipmiifc_sel_info now = askForSel();
-    checkVersion(now.selVersion);
     const Ipmi::IpmiSelProgress progress = Ipmi::IpmiIfcSelGetProgress(0);
-    if (progress.complete)
-        return true;
-    // A log that was never erased the node reads as records added to an empty
-    // one, and takes note of its state when it has them all; of a state
-    // without any time stamp it takes none.
-    const bool stamped = any(now.additionTime) || any(now.eraseTime);
-    return progress.total == 0 &&
-           (!stamped || Ipmi::IpmiIfc::getRawSelHeader().selVersion != 0);
+    if (Ipmi::IpmiIfc::getRawSelHeader().selVersion == 0)
+        return false;
+    // A log that grows while it is read has a record more than was announced,
+    // which the next poll reads.
+    return progress.complete || entriesOfNode() == 0 ||
+           (progress.failed == 0 && progress.read >= entriesOfNode());
 }
 
 SelLog selSoFar()
 {
     const Ipmi::IpmiSelProgress progress = Ipmi::IpmiIfcSelGetProgress(0);
-    const Ipmi::ipmiifc_sel_info info = Ipmi::IpmiIfc::getRawSelHeader();
     SelLog log;
     log.records = Ipmi::IpmiIfc::getSelData();
-    log.total = info.entryCount[0] | info.entryCount[1] << 8;
+    log.total = entriesOfNode();
     log.failed = progress.failed;
     log.complete = progress.complete || log.total == 0;
     return log;
@@ -109,7 +113,7 @@ SelLog readSel(Device& device)
     const auto read = [] {
         return Ipmi::IpmiIfcSelGetInfo(0, nullptr) == 0 ? 0x00 : 0xFF;
     };
-    if (!device.ask(read, progressText).ok())
+    if (!device.ask(read, selProgressText).ok())
         throw whyNotRead(device);
     checkVersion(Ipmi::IpmiIfc::getRawSelHeader().selVersion);
     return selSoFar();

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include <vek-ipmi/IpmiSel.h>
 #include <vek-ipmi/IpmiSelData.h>
 
 #include "tools/device.h"
@@ -28,10 +29,28 @@ SelLog readSel(Device& device);
 /// What the node has read so far.
 SelLog selSoFar();
 
-/// Whether a running node has read all of the log, which it does at its own
-/// time; asks the controller, too.
-/// @throws Failure when there is no log that can be read.
+/// Whether a node's last read of the log brought all that it announced. Sends
+/// nothing.
 bool nodeHoldsSel();
+
+/// The answer to one Get SEL Info.
+struct SelState
+{
+    Completion completion;
+    Ipmi::ipmiifc_sel_info info{}; ///< Zeros without a whole, good answer.
+
+    bool isUsable() const { return completion.ok() && info.selVersion != 0; }
+};
+
+/// Asks the controller of an open device.
+SelState askForSel();
+
+/// @throws Failure when asking again would not help: the controller has no log,
+///     or one that is too old.
+void requireSel(const SelState& state);
+
+/// "reading the event log: 12 of 80"; for showing it to people.
+std::string selProgressText();
 
 } // namespace Tool
 

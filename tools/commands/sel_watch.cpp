@@ -1,6 +1,7 @@
 // vek-ipmi sel watch
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -12,6 +13,7 @@
 #include "tools/commands/commands.h"
 #include "tools/commands/sel.h"
 #include "tools/commands/watch.h"
+#include "tools/print/completion_codes.h"
 #include "tools/print/output.h"
 #include "tools/print/sel.h"
 
@@ -42,7 +44,8 @@ public:
     {
         const size_t old = last_.size();
         const bool appended =
-            now.size() >= old && (old == 0 || now[old - 1] == last_[old - 1]);
+            old == 0 ? seen_.empty()
+                     : now.size() >= old && now[old - 1] == last_[old - 1];
         Records fresh(now.begin() + (appended ? ptrdiff_t(old) : 0), now.end());
         if (!appended)
             removeSeen(fresh);
@@ -84,14 +87,85 @@ private:
     std::set<SelBytes> seen_;
 };
 
+uint32_t timeOf(const uint8_t (&bytes)[4])
+{
+    return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | uint32_t{bytes[3]} << 24;
+}
+
 uint32_t eraseTime()
 {
-    const Ipmi::ipmiifc_sel_info info = IpmiIfc::getRawSelHeader();
-    uint32_t time = 0;
-    for (size_t i = 4; i-- > 0;)
-        time = time << 8 | info.eraseTime[i];
-    return time;
+    return timeOf(IpmiIfc::getRawSelHeader().eraseTime);
 }
+
+uint32_t additionTime()
+{
+    return timeOf(IpmiIfc::getRawSelHeader().additionTime);
+}
+
+bool areSameState(const Ipmi::ipmiifc_sel_info& a,
+                  const Ipmi::ipmiifc_sel_info& b)
+{
+    return timeOf(a.additionTime) == timeOf(b.additionTime) &&
+           timeOf(a.eraseTime) == timeOf(b.eraseTime);
+}
+
+void note(const std::string& text)
+{
+    std::cerr << "vek-ipmi: note: " << text << '\n';
+}
+
+std::string inRecords(size_t count)
+{
+    return std::to_string(count) + (count == 1 ? " record" : " records");
+}
+
+// Tells once that the log cannot be followed, and once that it can again.
+class Health
+{
+public:
+    // After a poll.
+    void look(const SelState& now)
+    {
+        constexpr unsigned mostLooks = 2;
+        failures_ = isFollowed(now) ? 0 : failures_ + 1;
+        if (failures_ == mostLooks && !told_)
+            tell("the event log cannot be read" + reason(now) +
+                 "; new records follow when it can");
+        else if (failures_ == 0 && told_)
+            note("the event log can be read again");
+        if (failures_ == 0)
+            told_ = false;
+    }
+
+    void tell(const std::string& text)
+    {
+        note(text);
+        told_ = true;
+    }
+
+private:
+    // A record may come between the poll and the question: the node has what
+    // the log has, or more than before.
+    bool isFollowed(const SelState& now)
+    {
+        const Ipmi::ipmiifc_sel_info held = IpmiIfc::getRawSelHeader();
+        const bool moves = !areSameState(held, held_);
+        held_ = held;
+        return now.isUsable() && nodeHoldsSel() &&
+               (moves || areSameState(held, now.info));
+    }
+
+    static std::string reason(const SelState& now)
+    {
+        return now.completion.ok()
+                   ? ""
+                   : " (" + inWords(commands::getSelInfo, now.completion) + ")";
+    }
+
+    unsigned failures_ = 0;
+    bool told_ = false;
+    Ipmi::ipmiifc_sel_info held_{};
+};
 
 // Prints what is new, as soon as a handler hears of an event, and after each
 // poll what handlers do not hear of.
@@ -104,30 +178,46 @@ public:
 
     void show()
     {
+        const SelState state = askForSel();
         const std::lock_guard lock{mutex_};
         if (failure_)
             std::rethrow_exception(failure_);
         if (begun_)
             printNew();
         else
-            begin();
+            tryToBegin(state);
+        if (begun_ || !state.isUsable())
+            health_.look(state);
     }
 
 private:
-    // What is in the log already is not news; nor is what a read that was not
-    // whole left out.
+    // A record that can never be read must not hold it up for ever.
+    void tryToBegin(const SelState& state)
+    {
+        constexpr unsigned mostReads = 2;
+        requireSel(state);
+        const bool isRead = IpmiIfc::getRawSelHeader().selVersion != 0;
+        if (!isRead || !state.isUsable())
+            return;
+        whole_ = nodeHoldsSel();
+        if (whole_ || ++reads_ == mostReads)
+            begin();
+    }
+
+    // What is in the log already is not news.
     void begin()
     {
-        if (!nodeHoldsSel())
-            return;
-        const auto log = IpmiIfc::getSelData();
-        novelties_.of(log);
+        const SelLog log = selSoFar();
+        if (!whole_)
+            health_.tell("only " + std::to_string(log.records.size()) + " of " +
+                         inRecords(log.total) + " could be read");
+        novelties_.of(log.records);
         eraseTime_ = eraseTime();
+        additionTime_ = additionTime();
         begun_ = true;
         IpmiIfc::registerSelEventHandler(0, handle, this);
-        std::cerr << "vek-ipmi: note: " << log.size()
-                  << (log.size() == 1 ? " record" : " records")
-                  << " in the event log; new ones follow until Ctrl-C\n";
+        note(inRecords(log.records.size()) +
+             " in the event log; new ones follow until Ctrl-C");
     }
 
     // The polling thread's. It must not be left by an exception.
@@ -146,14 +236,34 @@ private:
 
     void printNew()
     {
+        const bool holds = nodeHoldsSel();
+        // Whose records they are, the old log's or a new one's, only a read of
+        // all of them tells.
+        if (eraseTime() != eraseTime_ && !holds)
+            return;
         const auto log = IpmiIfc::getSelData();
         noteClearing(log);
-        const auto fresh = novelties_.of(log);
+        auto fresh = novelties_.of(log);
+        if (!whole_)
+            removeOld(fresh);
+        whole_ = whole_ || holds;
         if (fresh.empty())
             return;
         const KnownSensors sensors{sensorRecordsOfNode()};
         for (const auto& record : fresh)
             print(collectSelRecord(*record, sensors));
+    }
+
+    // Nor is news what the read at the beginning left out.
+    void removeOld(Novelties::Records& records) const
+    {
+        constexpr uint32_t none = 0xFFFFFFFF;
+        const auto isOld = [&](const auto& record) {
+            const uint32_t time = record->messageTimeStamp();
+            return time == none || time <= additionTime_;
+        };
+        records.erase(std::remove_if(records.begin(), records.end(), isOld),
+                      records.end());
     }
 
     void noteClearing(const Novelties::Records& log)
@@ -162,8 +272,9 @@ private:
         if (erased == eraseTime_ || !novelties_.isCleared(log))
             return;
         eraseTime_ = erased;
+        whole_ = true; // Nothing of the old log is left.
         novelties_.forget();
-        std::cerr << "vek-ipmi: note: the event log was cleared\n";
+        note("the event log was cleared");
     }
 
     void print(const SelRecord& record) const
@@ -178,17 +289,28 @@ private:
     const bool json_;
     std::mutex mutex_;
     std::exception_ptr failure_;
+    unsigned reads_ = 0; ///< Reads of the log that were not whole.
     bool begun_ = false;
+    bool whole_ = false; ///< The log was read whole, at last.
     Novelties novelties_;
-    uint32_t eraseTime_ = 0;
+    uint32_t eraseTime_ = 0, additionTime_ = 0;
+    Health health_;
 };
+
+// Before the node starts, which takes long and says nothing about the log.
+void checkSel()
+{
+    const Device device;
+    requireSel(askForSel());
+}
 
 Status run(const Arguments& arguments, const Options& options)
 {
     constexpr unsigned pace = 2; // of the polls themselves
     Follower follower{arguments, options.json};
     return watch({IpmiIfc::POLL_NORMAL, IpmiIfc::POLL_NORMAL,
-                  [&] { follower.show(); }, [] {}, arguments.interval - pace});
+                  [&] { follower.show(); }, [] {}, arguments.interval - pace,
+                  selProgressText, checkSel});
 }
 
 constexpr char notes[] =

@@ -45,22 +45,36 @@ class Signals
 public:
     Signals()
     {
-        sigemptyset(&set_);
-        sigaddset(&set_, SIGINT);
-        sigaddset(&set_, SIGTERM);
-        pthread_sigmask(SIG_BLOCK, &set_, nullptr);
+        sigemptyset(&interrupts_);
+        sigaddset(&interrupts_, SIGINT);
+        sigaddset(&interrupts_, SIGTERM);
+        all_ = interrupts_;
+        sigaddset(&all_, ownEnd);
+        pthread_sigmask(SIG_BLOCK, &all_, nullptr);
     }
     void wait() const
     {
         int signal = 0;
-        sigwait(&set_, &signal);
+        sigwait(&all_, &signal);
     }
-    // The next one ends the process as it does any other.
-    void release() const { pthread_sigmask(SIG_UNBLOCK, &set_, nullptr); }
-    static void raise() { kill(getpid(), SIGTERM); }
+    // Whether one came within a tenth of a second.
+    bool waitShortly() const
+    {
+        constexpr timespec tenth{0, 100'000'000};
+        return sigtimedwait(&all_, nullptr, &tenth) > 0;
+    }
+    // The user's next one ends the process as it does any other.
+    void release() const
+    {
+        pthread_sigmask(SIG_UNBLOCK, &interrupts_, nullptr);
+    }
+    static void raise() { kill(getpid(), ownEnd); }
 
 private:
-    sigset_t set_;
+    // One that stays blocked: it may come when the user's have ended the wait.
+    static constexpr int ownEnd = SIGUSR1;
+
+    sigset_t interrupts_{}, all_{};
 };
 
 // The node on a thread of its own, which also reads the sensors.
@@ -85,11 +99,9 @@ public:
         thread_.join();
     }
 
-    static bool isRunning()
+    static bool isIn(unsigned states)
     {
-        return IpmiIfc::waitState(0, IpmiIfc::STATE_RUNNING |
-                                         IpmiIfc::STATE_STOPPED) ==
-               IpmiIfc::STATE_RUNNING;
+        return (unsigned(IpmiIfc::getState(0)) & states) != 0;
     }
 
 private:
@@ -158,7 +170,7 @@ private:
     void run()
     {
         try {
-            poll(watching_.first, true, progressText);
+            poll(watching_.first, true, watching_.waiting);
             while (!isOver()) {
                 watching_.show();
                 rest();
@@ -166,6 +178,9 @@ private:
                     IpmiIfc::pollAll(1, false, watching_.next, &over_);
             }
         } catch (...) {
+            // The end leaves exchanges without an answer.
+            if (isOver())
+                return;
             failure_ = std::current_exception();
             Signals::raise();
         }
@@ -179,17 +194,39 @@ private:
     std::thread thread_;
 };
 
+// False when a signal came first.
+bool waitForStart(const Signals& signals)
+{
+    constexpr unsigned ends = IpmiIfc::STATE_RUNNING | IpmiIfc::STATE_STOPPED;
+    const Patience patience{progressText};
+    while (!Node::isIn(ends))
+        if (signals.waitShortly())
+            return false;
+    return true;
+}
+
+void start(const Signals& signals)
+{
+    // Only the end of its exchanges, of 30 s each, would end the start, and
+    // nothing has been shown that is to be cleared up.
+    if (!waitForStart(signals))
+        _exit(int(Status::done));
+    if (!Node::isIn(IpmiIfc::STATE_RUNNING))
+        throw Failure{Status::failed, "the node did not start",
+                      "--verbose says more."};
+}
+
 } // namespace
 
 Status watch(const Watching& watching)
 {
     checkDevice();
+    if (watching.check)
+        watching.check();
     loadHealthTable();
     const Signals signals;
     Node node;
-    if (!Node::isRunning())
-        throw Failure{Status::failed, "the node did not start",
-                      "--verbose says more."};
+    start(signals);
     Poller poller{watching};
     signals.wait();
     poller.askToEnd();
@@ -207,10 +244,8 @@ Status watch(const std::function<std::string()>& draw, bool inPlace)
 {
     Screen screen{inPlace};
     return watch({IpmiIfc::POLL_FULL, IpmiIfc::POLL_READINGS,
-                  [&] { screen.put(draw()); },
-                  [&] {
-                      screen.restore();
-                  }});
+                  [&] { screen.put(draw()); }, [&] { screen.restore(); }, 0,
+                  progressText});
 }
 
 } // namespace Tool

@@ -7,6 +7,7 @@
 
 #include <vek-ipmi/IpmiIfc.h>
 
+#include "tools/patience.h"
 #include "tools/status.h"
 
 namespace Tool
@@ -16,14 +17,17 @@ namespace Tool
 struct Watching
 {
     Ipmi::IpmiIfc::IPMI_POLL_TYPE first, next;
-    std::function<void()> show; ///< After each poll.
-    std::function<void()> over; ///< A signal has ended it.
-    unsigned pause = 0;         ///< Further seconds between two polls.
+    std::function<void()> show;       ///< After each poll.
+    std::function<void()> over;       ///< A signal has ended it.
+    unsigned pause = 0;               ///< Further seconds between two polls.
+    WaitText waiting = {};            ///< What the first poll waits for.
+    std::function<void()> check = {}; ///< Before the node starts.
 };
 
 /// Starts the node and polls it, every 2 seconds at most, until SIGINT or
 /// SIGTERM.
-/// @throws Failure without root or a device, or what show throws.
+/// @throws Failure without root or a device, or what check or show
+/// throws.
 Status watch(const Watching& watching);
 
 /// Reads the sensors each time and puts what `draw` gives, in place on a
