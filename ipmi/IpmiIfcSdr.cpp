@@ -127,24 +127,9 @@ void startProgress(IpmiNode& node, const ipmiifc_sdr_info& info)
     node.sdrTotal = info.recordCount[0] | unsigned(info.recordCount[1]) << 8;
 }
 
-} // namespace
-
-int IpmiIfcSdrGetInfo(int number)
-{
-    IpmiNode* const node = nodeRecord(number);
-    if (number > highestNodeNumber || !node)
-        return -1;
-    VEK::MutexLock refresh{sdr_mutex};
-    const Response resp = send(*node, getRepositoryInfo);
-    if (!resp || resp->cc != 0)
-        return -1;
-    IpmiIfcRhGetSdrInfo(resp.get());
-    return 0;
-}
-
 // Everything is read again with each answer: the time stamps of additions and
 // erasures are not compared, since firmware does not keep them reliably.
-int IpmiIfcRhGetSdrInfo(ipmiifc_resp* resp)
+int readRecords(ipmiifc_resp* resp)
 {
     if (!isUsable(*resp))
         return -1;
@@ -159,6 +144,40 @@ int IpmiIfcRhGetSdrInfo(ipmiifc_resp* resp)
     startProgress(node, info);
     IpmiIfcSdrReserve(number);
     getAll(number, true);
+    return 0;
+}
+
+// What the handler makes of a good answer is not looked at.
+int refreshWith(int number, int (*handle)(ipmiifc_resp*))
+{
+    IpmiNode* const node = nodeRecord(number);
+    if (number > highestNodeNumber || !node)
+        return -1;
+    VEK::MutexLock refresh{sdr_mutex};
+    const Response resp = send(*node, getRepositoryInfo);
+    if (!resp || resp->cc != 0)
+        return -1;
+    handle(resp.get());
+    return 0;
+}
+
+} // namespace
+
+int IpmiIfcSdrGetInfo(int number)
+{
+    return refreshWith(number, IpmiIfcRhGetSdrInfo);
+}
+
+int IpmiIfcSdrReadRecords(int number)
+{
+    return refreshWith(number, readRecords);
+}
+
+int IpmiIfcRhGetSdrInfo(ipmiifc_resp* resp)
+{
+    if (readRecords(resp) != 0)
+        return -1;
+    const int number = resp->node;
     IpmiIfcSensorInstantiateAll(number);
     IpmiIfcEntityListCreate(number);
     IpmiIfcEntityInstantiateAll(number);

@@ -72,15 +72,29 @@ std::string progressText()
     return "reading the sensors ...";
 }
 
-Repository readRepository(Device& device)
+namespace
+{
+
+Repository readBy(Device& device, int (*read)(int node))
 {
     const Completion completion =
-        device.ask([] { return Ipmi::IpmiIfcSdrGetInfo(0) == 0 ? 0x00 : 0xFF; },
-                   progressText);
+        device.ask([read] { return read(0) == 0 ? 0x00 : 0xFF; }, progressText);
     if (!completion.ok())
         throw whyNotRead(device);
     checkRepository();
     return repositorySoFar();
+}
+
+} // namespace
+
+Repository readRepository(Device& device)
+{
+    return readBy(device, Ipmi::IpmiIfcSdrGetInfo);
+}
+
+Repository readRecordsOnly(Device& device)
+{
+    return readBy(device, Ipmi::IpmiIfcSdrReadRecords);
 }
 
 } // namespace Tool

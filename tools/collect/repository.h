@@ -27,6 +27,8 @@ struct Repository
 /// thresholds and hysteresis.
 /// @throws Failure when the controller has no repository that can be read.
 Repository readRepository(Device& device);
+/// The same without the sensors: for their records alone.
+Repository readRecordsOnly(Device& device);
 
 /// @throws Failure when the controller told nothing usable of a repository.
 void checkRepository();

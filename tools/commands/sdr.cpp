@@ -20,7 +20,7 @@ Status run(bool raw, const Options& options)
     std::vector<Record> records;
     {
         Device device;
-        repository = readRepository(device);
+        repository = readRecordsOnly(device);
         records = collectRecords();
     }
     put(options.json ? toText(toJson(records, repository, raw))

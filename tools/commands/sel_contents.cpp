@@ -49,7 +49,7 @@ void readSensors(Device& device, SelContents& contents)
         return;
     }
     try {
-        const Repository repository = readRepository(device);
+        const Repository repository = readRecordsOnly(device);
         if (repository.missing() != 0)
             contents.gaps.push_back(
                 {Status::failed, missingText(repository), unnamed});
