@@ -301,6 +301,7 @@ private:
 void checkSel()
 {
     const Device device;
+    const Patience patience;
     requireSel(askForSel());
 }
 
