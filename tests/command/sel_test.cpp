@@ -255,8 +255,8 @@ echo '{"identity": {"manufacturer": 0}, "eventLog": {"records": [{"time":
 t="timeout --foreground -s KILL 26 $tool sel watch"
 i=cmd=get-sel-info e=cmd=get-sel-entry,data=??:??:05:00,cc=cb
 w() {
-  n=$1 lines=$2 tenths=$3; shift 3
-  $sim "$@" >$n.out 2>&1 & p=$!
+  n=$1 lines=$2 tenths=$3; shift 3; : >$n.out
+  $sim "$@" >>$n.out 2>&1 & p=$!
   while [ $(wc -l <$n.out) -lt $lines ] && [ $tenths -gt 0 ]; do
     sleep 0.1; tenths=$((tenths - 1))
   done
@@ -271,7 +271,7 @@ w 3-partial-then-whole 4 200 --fault $e,count=912 \
 w 4-stamp-changed-not-read 3 200 --fault $i,after=4,flip=10:01 \
   --fault cmd=get-sel-entry,after=80,count=640,cc=cb -- $t &
 w 5-no-answer 1 50 --fault $i,nth=4,lost -- $t &
-w 6-no-start 1 30 --fault cmd=get-device-id,lost -- $t &
+w 6-no-start 1 50 --fault cmd=get-device-id,lost -- $t &
 wait
 sed -E -e 's/vek-ipmi: //' -e 's/20[-0-9T:]{17}Z  //' -e \
   's/.*"id":([0-9]+),"rec.*"event":"([^"]*)".*/\1 \2/' [1-6]*.out
