@@ -52,21 +52,21 @@ TEST(Sel, isChosenByTimeSeverityAndSensor)
     {
         const char *options, *count;
     } cases[] = {
-        {"--since 2026-10-04T20:15:17Z", "1"},
-        {"--since 2026-10-04T22:15:18+02:00", "0"},
-        {"--since 2026-10-04T20:15:17 --utc", "1"},
-        {"--since 2026-10-04 --severity critical", "1"},
-        {"--severity non-recoverable", "0"},
-        {"--sensor 'psu redundancy'", "2"},
-        {"--sensor 0x64 --severity warning", "1"},
-        {"--sensor 1.0.32", "4"},
-        {"--sensor FAN1", "0"},
+        {"--since 2026-10-04T20:15:17Z", "1 of 80"},
+        {"--since 2026-10-04T22:15:18+02:00", "0 of 80"},
+        {"--since 2026-10-04T20:15:17 --utc", "1 of 80"},
+        {"--since 2026-10-04 --severity critical", "1 of 80"},
+        {"--severity non-recoverable", "0 of 80"},
+        {"--sensor 'psu redundancy'", "2 of 80"},
+        {"--sensor 0x64 --severity warning", "1 of 80"},
+        {"--sensor 1.0.32", "4 of 80"},
+        {"--sensor FAN1 --since 1s", "0 of 80"},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(shell(std::string{"$sim -- $tool sel --json "} + c.options +
-                        " | grep -c recordType")
+        EXPECT_EQ(shell(std::string{"$sim -- $tool sel "} + c.options +
+                        " | grep records")
                       .out,
-                  std::string{c.count} + '\n')
+                  std::string{c.count} + " records\n")
             << c.options;
     check({
         {"no time", "$sim -- $tool sel --since 2026-02-31", 1, "",
@@ -115,6 +115,11 @@ TEST(Sel, thatIsSavedReadsTheSame)
          "-- $tool sel save F --no-sensors; s=$?; cat F; wc -c <F.partial; "
          "exit $s",
          4, "4 records in F.partial\nold\n64\n", "only 4 of 80 records"},
+        {"so do the sensors' records, and its mode",
+         "echo old | tee F >F.sdr; chmod 640 F; touch F.partial; for f in "
+         "20,cc=c0 23,after=150,cc=c9; do $sim --fault netfn=0a,cmd=$f -- "
+         "$tool sel save F >a; done; cat F.sdr; stat -c %a F; ls",
+         0, "old\n640\nF\nF.sdr\nF.sdr.partial\na\n", "not read: C0h"},
         {"a pipe", "$sim -- $tool sel save /dev/stdout | wc -c", 0, "1280\n",
          ""},
         {"nowhere", "$sim -- $tool sel save no/F", 4, "",
@@ -149,6 +154,10 @@ TEST(Sel, thatIsNotWholeIsToldAndListed)
         {"a controller without sensors",
          "$sim --fault netfn=0a,cmd=20,cc=c1 -- $tool sel | tail -n 1", 0,
          "80 records\n", "no sensor data repository"},
+        {"grown meanwhile",
+         "$sim --fault cmd=get-sel-entry,nth=3,add-event -- $tool sel --raw | "
+         "wc -l",
+         0, "81\n", ""},
     });
 }
 
@@ -177,8 +186,8 @@ TEST(Sel, tellsItsStateAndClock)
          "$sim --fault cmd=set-sel-time,cc=d4 -- $tool sel time set "
          "now",
          3, "", "was not set: D4h"},
-        {"before all clocks", "$sim -- $tool sel time set 1970-01-02", 1, "",
-         "1987 to 2106"},
+        {"before all clocks", "TZ=CET-1 $sim -- $tool sel time set 1970-01-01",
+         1, "", "1987 to 2106"},
     });
 }
 
@@ -205,7 +214,15 @@ TEST(Sel, isClearedWhenThatIsMeant)
          "Clear all 80 records of the event log? [y/N] 80 records cleared\n",
          ""},
         {"refused", "$sim --fault cmd=clear-sel,cc=c1 -- $tool sel clear -y", 3,
-         "", "refused to clear.*\n  --verbose"},
+         "", "was not cleared: C1h.*\n  This"},
+        {"unanswered, carried out or not",
+         "$sim --fault cmd=clear-sel,silence -- $tool sel clear -y", 4, "",
+         "may have been cleared"},
+        {"each try with a reservation of its own",
+         "$sim --fault cmd=clear-sel,count=1,other-reader -- $tool sel clear "
+         "-y; $sim --fault cmd=get-sel-info,nth=2,cc=c3 -- $tool sel clear -y",
+         0, "80 records cleared\n80 records cleared\n",
+         "state could not be read"},
     });
 }
 

@@ -40,15 +40,17 @@ struct Completion
 {
     uint8_t code = 0xFF;   ///< IPMI v2.0, table 5-2. Meaningless unanswered.
     bool answered = false; ///< FFh is also a code of the controller's own.
+    bool isCut = false;    ///< Too short to tell what was asked for.
 
-    bool ok() const { return answered && code == 0x00; }
+    bool ok() const { return answered && code == 0x00 && !isCut; }
+    /// The driver, not the controller, makes C3h when no answer comes: what
+    /// was asked for may have been done.
+    bool isUnanswered() const { return !answered || code == 0xC3; }
     Status status() const
     {
-        // The driver, not the controller, makes C3h when no answer comes.
-        constexpr uint8_t timeout = 0xC3;
         if (ok())
             return Status::done;
-        return answered && code != timeout ? Status::refused : Status::failed;
+        return isUnanswered() || isCut ? Status::failed : Status::refused;
     }
 };
 

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <list>
 #include <map>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -29,9 +30,8 @@ constexpr size_t recordSize = sizeof(Ipmi::sel_event_record);
 class Writer
 {
 public:
-    Writer(std::string path, int flags)
-        : path_{std::move(path)},
-          fd_{open(path_.c_str(), O_WRONLY | O_CLOEXEC | flags, 0666)}
+    /// @param path for people.
+    Writer(std::string path, int fd) : path_{std::move(path)}, fd_{fd}
     {
         if (fd_ < 0)
             fail("cannot write", path_, errno);
@@ -55,6 +55,13 @@ public:
             done += n < 0 ? 0 : static_cast<size_t>(n);
         }
     }
+    // One that is there already keeps its mode, where that is allowed.
+    void takeMode()
+    {
+        struct stat old = {};
+        if (stat(path_.c_str(), &old) == 0)
+            fchmod(fd_, old.st_mode & 07777);
+    }
     void finish(bool sync)
     {
         const bool synced = !sync || fsync(fd_) == 0;
@@ -69,21 +76,6 @@ private:
     int fd_;
 };
 
-void replaceFile(const std::string& path, const Bytes& bytes)
-{
-    const std::string fresh = path + "." + std::to_string(getpid());
-    Writer writer{fresh, O_CREAT | O_EXCL};
-    try {
-        writer.add(bytes);
-        writer.finish(true);
-        if (rename(fresh.c_str(), path.c_str()) != 0)
-            fail("cannot write", path, errno);
-    } catch (const Failure&) {
-        unlink(fresh.c_str());
-        throw;
-    }
-}
-
 // The file that a link leads to is replaced, not the link.
 std::string resolved(const std::string& path)
 {
@@ -91,6 +83,46 @@ std::string resolved(const std::string& path)
     const auto target = std::filesystem::canonical(path, ignored);
     return ignored ? path : target.string();
 }
+
+// Stands beside a file until it replaces it.
+class Replacement
+{
+public:
+    explicit Replacement(const FileContents& file)
+        : path_{resolved(file.path)},
+          fresh_{path_ + "." + std::to_string(getpid())}
+    {
+        Writer writer{path_,
+                      open(fresh_.c_str(),
+                           O_WRONLY | O_CLOEXEC | O_CREAT | O_EXCL, 0666)};
+        try {
+            writer.takeMode();
+            writer.add(file.bytes);
+            writer.finish(true);
+        } catch (const Failure&) {
+            unlink(fresh_.c_str());
+            throw;
+        }
+    }
+    ~Replacement()
+    {
+        if (!done_)
+            unlink(fresh_.c_str());
+    }
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+
+    void replace()
+    {
+        if (rename(fresh_.c_str(), path_.c_str()) != 0)
+            fail("cannot write", path_, errno);
+        done_ = true;
+    }
+
+private:
+    std::string path_, fresh_;
+    bool done_ = false;
+};
 
 // "ipmitool sel writeraw" writes the manufacturer of an OEM record with a time
 // with its most significant byte first, which the log has last (IPMI v2.0,
@@ -188,15 +220,20 @@ bool isOrBecomesFile(const std::string& path)
     return stat(path.c_str(), &found) != 0 || S_ISREG(found.st_mode);
 }
 
-void writeFile(const std::string& path, const Bytes& bytes)
+void writeFiles(const std::vector<FileContents>& files)
 {
-    if (isOrBecomesFile(path)) {
-        replaceFile(resolved(path), bytes);
-        return;
+    std::list<Replacement> replacements;
+    for (const FileContents& file : files) {
+        if (isOrBecomesFile(file.path)) {
+            replacements.emplace_back(file);
+            continue;
+        }
+        Writer writer{file.path, open(file.path.c_str(), O_WRONLY | O_CLOEXEC)};
+        writer.add(file.bytes);
+        writer.finish(false);
     }
-    Writer writer{path, 0};
-    writer.add(bytes);
-    writer.finish(false);
+    for (Replacement& replacement : replacements)
+        replacement.replace();
 }
 
 } // namespace Tool

@@ -23,10 +23,17 @@ bool sensorRecordsOf(const Bytes& bytes, std::vector<Bytes>& records);
 /// @throws Failure
 Bytes readFile(const std::string& path);
 
-/// What is there already is replaced when all is written, and kept when that
-/// fails; what is no file, as a pipe, is written to.
+/// What is to be in a file.
+struct FileContents
+{
+    std::string path;
+    Bytes bytes;
+};
+
+/// What is there already is replaced when all of them are written, and kept
+/// when that fails; what is no file, as a pipe, is written to.
 /// @throws Failure
-void writeFile(const std::string& path, const Bytes& bytes);
+void writeFiles(const std::vector<FileContents>& files);
 
 /// Whether writing would make or replace a file.
 bool isOrBecomesFile(const std::string& path);

@@ -31,7 +31,7 @@ Answer exchange(Device& device, Command command, size_t size)
 {
     Answer answer = device.exchange(command, {});
     if (answer.completion.ok() && answer.data.size() < size)
-        answer.completion.answered = false;
+        answer.completion.isCut = true;
     return answer;
 }
 

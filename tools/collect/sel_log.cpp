@@ -113,10 +113,19 @@ SelLog readSel(Device& device)
     const auto read = [] {
         return Ipmi::IpmiIfcSelGetInfo(0, nullptr) == 0 ? 0x00 : 0xFF;
     };
-    if (!device.ask(read, selProgressText).ok())
-        throw whyNotRead(device);
-    checkVersion(Ipmi::IpmiIfc::getRawSelHeader().selVersion);
-    return selSoFar();
+    // What grew meanwhile is read once more; then all that the controller
+    // counted at first is a log as well.
+    for (int tries = 0;; ++tries) {
+        if (!device.ask(read, selProgressText).ok())
+            throw whyNotRead(device);
+        checkVersion(Ipmi::IpmiIfc::getRawSelHeader().selVersion);
+        SelLog log = selSoFar();
+        const bool grew =
+            !log.complete && log.failed == 0 && log.records.size() >= log.total;
+        log.complete = log.complete || (grew && tries > 0);
+        if (!grew || tries > 0)
+            return log;
+    }
 }
 
 } // namespace Tool

@@ -56,11 +56,13 @@ SelFilter filterOf(const Arguments& arguments)
 SelContents contentsOf(const Arguments& arguments, const SelFilter& filter)
 {
     if (arguments.file.empty())
-        return readContents([&](const Ipmi::IpmiSelData& record) {
-            const bool wanted = !arguments.noSensors &&
-                                (!arguments.raw || !arguments.sensor.empty());
-            return wanted && filter.passes({record.messageTimeStamp()});
-        });
+        return readContents(
+            [&](const Ipmi::IpmiSelData& record) {
+                return !arguments.noSensors && !arguments.raw &&
+                       filter.passes({record.messageTimeStamp()});
+            },
+            // Whether there is one of that name they alone tell.
+            !arguments.noSensors && !arguments.sensor.empty());
     std::string sensors = arguments.sdr;
     if (sensors.empty() && !arguments.noSensors &&
         std::filesystem::exists(sensorsBeside(arguments.file)))

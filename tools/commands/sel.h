@@ -31,6 +31,7 @@ struct SelContents
 {
     SelLog log;
     std::vector<Bytes> sensorRecords; ///< May be empty.
+    bool hasAllSensors = true;        ///< Of those that are wished for.
     std::vector<Failure> gaps;        ///< What could not be read of both.
 };
 
@@ -38,9 +39,9 @@ struct SelContents
 using SelWish = std::function<bool(const Ipmi::IpmiSelData&)>;
 
 /// Reads the log, and the sensor data records if one of its events is among
-/// those wished for.
+/// those wished for, or always.
 /// @throws Failure without a log.
-SelContents readContents(const SelWish& named);
+SelContents readContents(const SelWish& named, bool always = false);
 
 /// Reads saved ones.
 /// @param sensors path of the sensor data records; may be empty.

@@ -50,10 +50,12 @@ void readSensors(Device& device, SelContents& contents)
     }
     try {
         const Repository repository = readRecordsOnly(device);
-        if (repository.missing() != 0)
+        contents.hasAllSensors = repository.missing() == 0;
+        if (!contents.hasAllSensors)
             contents.gaps.push_back(
                 {Status::failed, missingText(repository), unnamed});
     } catch (const Failure& failure) {
+        contents.hasAllSensors = false;
         contents.gaps.push_back({Status::failed, failure.what, unnamed});
     }
     contents.sensorRecords = sensorRecordsOfNode();
@@ -61,14 +63,15 @@ void readSensors(Device& device, SelContents& contents)
 
 } // namespace
 
-SelContents readContents(const SelWish& named)
+SelContents readContents(const SelWish& named, bool always)
 {
     Device device;
     SelContents contents;
     contents.log = readSel(device);
     noteLog(contents);
     const auto& records = contents.log.records;
-    if (std::any_of(records.begin(), records.end(), [&](const auto& record) {
+    if (always ||
+        std::any_of(records.begin(), records.end(), [&](const auto& record) {
             return record->isSelEventRecord() && named(*record);
         }))
         readSensors(device, contents);

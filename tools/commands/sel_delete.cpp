@@ -7,6 +7,7 @@
 #include "tools/collect/health_source.h"
 #include "tools/commands/commands.h"
 #include "tools/commands/sel.h"
+#include "tools/commands/sel_change.h"
 #include "tools/device.h"
 #include "tools/print/completion_codes.h"
 #include "tools/print/output.h"
@@ -18,22 +19,7 @@ namespace Tool
 namespace
 {
 
-constexpr uint8_t unsupported = 0xC1, reservationLost = 0xC5, tooLong = 0xCA,
-                  notPresent = 0xCB;
-
-uint8_t low(unsigned value)
-{
-    return static_cast<uint8_t>(value);
-}
-
-uint8_t high(unsigned value)
-{
-    return static_cast<uint8_t>(value >> 8);
-}
-
-// Thrown when the log changed under its reservation.
-struct ReservationLost
-{};
+constexpr uint8_t tooLong = 0xCA, notPresent = 0xCB;
 
 class Deletion
 {
@@ -56,42 +42,39 @@ public:
             } else if (isTooLong(answer.completion) && chunk > 1) {
                 chunk /= 2;
             } else {
-                refuse("record " + std::to_string(id_) + " was not read",
-                       commands::getSelEntry, answer.completion);
+                refuse(commands::getSelEntry, answer.completion);
             }
         }
         return record;
     }
 
-    // Of a controller without reservations it is 0 (IPMI v2.0, 31.4).
-    void reserve()
-    {
-        const Answer answer = device_.exchange(commands::reserveSel, {});
-        reservation_ = 0;
-        if (answer.completion.answered && answer.completion.code == unsupported)
-            return;
-        if (!answer.completion.ok() || answer.data.size() < 2)
-            refuse("the event log was not reserved", commands::reserveSel,
-                   answer.completion);
-        reservation_ = answer.data[0] | answer.data[1] * 0x100u;
-    }
-
     void remove()
     {
-        const Answer answer = device_.exchange(
-            commands::deleteSelEntry,
-            {low(reservation_), high(reservation_), low(id_), high(id_)});
+        const Answer answer =
+            device_.exchange(commands::deleteSelEntry,
+                             {lowByte(reservation_), highByte(reservation_),
+                              lowByte(id_), highByte(id_)});
         if (!answer.completion.ok())
-            refuse("record " + std::to_string(id_) + " was not deleted",
-                   commands::deleteSelEntry, answer.completion);
+            refuse(commands::deleteSelEntry, answer.completion);
+    }
+
+    // Begins anew with another reservation while the log changes.
+    template <typename Steps>
+    auto reserved(Steps steps)
+    {
+        return withReservation(device_, change_, [&](uint16_t reservation) {
+            reservation_ = reservation;
+            return steps();
+        });
     }
 
 private:
     Answer readPart(size_t at, size_t count)
     {
         return device_.exchange(commands::getSelEntry,
-                                {low(reservation_), high(reservation_),
-                                 low(id_), high(id_), static_cast<uint8_t>(at),
+                                {lowByte(reservation_), highByte(reservation_),
+                                 lowByte(id_), highByte(id_),
+                                 static_cast<uint8_t>(at),
                                  static_cast<uint8_t>(count)});
     }
 
@@ -100,24 +83,27 @@ private:
         return completion.answered && completion.code == tooLong;
     }
 
-    [[noreturn]] void refuse(const std::string& what, Command command,
+    [[noreturn]] void refuse(Command command,
                              const Completion& completion) const
     {
-        if (completion.answered && completion.code == reservationLost)
-            throw ReservationLost{};
+        checkAgain(command, completion);
         if (completion.answered && completion.code == notPresent)
             throw Failure{Status::usage,
-                          "no record " + std::to_string(id_) +
-                              " in the event log",
-                          "List them with: vek-ipmi sel"};
+                          "no " + change_.what + " in the event log", look};
+        if (command.code == commands::deleteSelEntry.code)
+            throw failureOf(change_, command, completion);
+        const std::string unread = change_.what + " was not read";
         if (completion.ok())
-            throw Failure{Status::failed, what + ": the answer was cut",
+            throw Failure{Status::failed, unread + ": the answer was cut",
                           "Try again."};
-        throw failureOf(what, command, completion);
+        throw failureOf(unread, command, completion);
     }
+
+    static constexpr char look[] = "List them with: vek-ipmi sel";
 
     Device& device_;
     unsigned id_;
+    SelChange change_{"record " + std::to_string(id_), "deleted", look};
     unsigned reservation_ = 0;
 };
 
@@ -127,37 +113,19 @@ SelRecord inWords(const SelBytes& bytes)
     return collectSelRecord({&record, 0}, {});
 }
 
-// Begins anew while other programs change the log or reserve it themselves.
-template <typename Steps>
-auto withReservation(Deletion& deletion, uint16_t id, Steps steps)
-{
-    constexpr int attempts = 5;
-    for (int i = 0; i < attempts; ++i)
-        try {
-            deletion.reserve();
-            return steps();
-        } catch (const ReservationLost&) {
-        }
-    throw Failure{Status::refused,
-                  "the event log changed each time before record " +
-                      std::to_string(id) + " could be deleted (C5h)",
-                  "Try again when no other program uses the log."};
-}
-
 // An id may name another record once the log was cleared: what is deleted is
 // what the id named at first.
 SelRecord deleteRecord(Device& device, uint16_t id)
 {
     Deletion deletion{device, id};
-    const SelBytes bytes =
-        withReservation(deletion, id, [&] { return deletion.read(); });
+    const SelBytes bytes = deletion.reserved([&] { return deletion.read(); });
     const SelRecord record = inWords(bytes);
     if (record.id != id)
         throw Failure{Status::failed,
                       "the controller answered with record " +
                           std::to_string(record.id) + ", nothing was deleted",
                       "List them with: vek-ipmi sel"};
-    withReservation(deletion, id, [&] {
+    deletion.reserved([&] {
         if (deletion.read() != bytes)
             throw Failure{Status::failed,
                           "the record changed meanwhile, nothing was deleted",

@@ -7,6 +7,7 @@
 #include "tools/commands/commands.h"
 #include "tools/commands/missing.h"
 #include "tools/commands/sel.h"
+#include "tools/commands/sel_change.h"
 #include "tools/commands/when.h"
 #include "tools/print/completion_codes.h"
 #include "tools/print/output.h"
@@ -73,7 +74,8 @@ When readWhen(const std::string& text, bool utc)
                                                "' is neither 'now' "
                                                "nor a date: " +
                                                dateHelp);
-    if (*date >= SelTime::none || !SelTime{uint32_t(*date)}.isDate())
+    if (*date < 0 || *date >= SelTime::none ||
+        !SelTime{uint32_t(*date)}.isDate())
         throw CLI::ValidationError("TIME", "'" + text +
                                                "' is no date that the log can "
                                                "hold (1987 to 2106)");
@@ -91,8 +93,9 @@ Status setTime(const When& when, bool utc, const Options& options)
     const Completion completion =
         device.exchange(commands::setSelTime, data).completion;
     if (!completion.ok())
-        throw failureOf("the event log's clock was not set",
-                        commands::setSelTime, completion);
+        throw failureOf(
+            {"the event log's clock", "set", "Look with: vek-ipmi sel time"},
+            commands::setSelTime, completion);
     return showTime(device, utc, options);
 }
 

@@ -28,28 +28,51 @@ struct Saved
     size_t records = 0;
 };
 
-// Names from before, perhaps another server's, would be false.
-void removeStale(const std::string& path)
+void removeOld(const std::string& path)
 {
     std::error_code ignored;
     std::filesystem::remove(path, ignored);
 }
 
-// A log that was not read to its end does not replace one that may be whole.
+// What is not whole does not replace what may be.
+constexpr char partial[] = ".partial";
+
+std::string pathFor(const std::string& path, bool isWhole)
+{
+    return isWhole || !isOrBecomesFile(path) ? path : path + partial;
+}
+
+// Names from before, perhaps another server's, would be false beside a log
+// without any; and what was partial is no longer needed.
+void removeStale(const SelContents& contents, const Saved& saved)
+{
+    const std::string sensors = sensorsBeside(saved.log);
+    if (!isOrBecomesFile(saved.log))
+        return;
+    if (contents.log.complete) {
+        removeOld(saved.log + partial);
+        removeOld(sensorsBeside(saved.log + partial));
+    }
+    if (!contents.hasAllSensors)
+        return;
+    removeOld(sensors + partial);
+    if (saved.sensors.empty())
+        removeOld(sensors);
+}
+
 Saved save(const SelContents& contents, const std::string& path)
 {
     Saved saved;
-    saved.log = contents.log.complete || !isOrBecomesFile(path)
-                    ? path
-                    : path + ".partial";
+    saved.log = pathFor(path, contents.log.complete);
     saved.records = contents.log.records.size();
+    std::vector<FileContents> files{{saved.log, toBytes(contents.log)}};
     if (!contents.sensorRecords.empty() && isOrBecomesFile(saved.log)) {
-        saved.sensors = sensorsBeside(saved.log);
-        writeFile(saved.sensors, toBytes(contents.sensorRecords));
+        saved.sensors =
+            pathFor(sensorsBeside(saved.log), contents.hasAllSensors);
+        files.push_back({saved.sensors, toBytes(contents.sensorRecords)});
     }
-    writeFile(saved.log, toBytes(contents.log));
-    if (saved.sensors.empty())
-        removeStale(sensorsBeside(saved.log));
+    writeFiles(files);
+    removeStale(contents, saved);
     return saved;
 }
 
@@ -88,9 +111,11 @@ constexpr char notes[] =
     "FILE holds 16 bytes a record, as 'ipmitool sel writeraw' writes it.\n"
     "FILE.sdr holds the sensor data records, as 'ipmitool sdr dump' writes "
     "them:\nwith these 'vek-ipmi sel list --file FILE' knows the sensors. What "
-    "is there\nalready is replaced when all is read and written. A log that "
-    "could not be\nread to its end goes to FILE.partial. Without sensors a "
-    "FILE.sdr from before\nis removed.";
+    "is there\nalready is replaced when all is read and written. What could "
+    "not "
+    "be read to\nits end goes to FILE.partial or FILE.sdr.partial, which a "
+    "later whole one\nremoves. Without sensors a FILE.sdr from before is "
+    "removed.";
 
 } // namespace
 

@@ -233,6 +233,8 @@ std::string inWords(Command command, const Completion& completion)
 {
     if (!completion.answered)
         return "no answer";
+    if (completion.isCut)
+        return "the answer was cut";
     return hexNumber(completion.code) + ": " +
            codeInWords(command, completion.code);
 }
@@ -242,6 +244,8 @@ std::string nextStep(const Completion& completion)
     if (!completion.answered)
         return "Try again; --verbose and the kernel's log (dmesg) say what "
                "the driver met.";
+    if (completion.isCut)
+        return "Try again; --verbose shows the answer.";
     const GenericCode* row = findGeneric(completion.code);
     return row && row->next ? row->next : "";
 }

@@ -15,13 +15,10 @@ Json document(const std::string& name)
 Json toJson(Command command, const Completion& completion)
 {
     Json json;
-    if (completion.answered) {
-        json["code"] = completion.code;
-        json["words"] = codeInWords(command, completion.code);
-    } else {
-        json["code"] = nullptr;
-        json["words"] = inWords(command, completion);
-    }
+    json["code"] = completion.answered ? Json(completion.code) : Json(nullptr);
+    json["words"] = completion.answered && !completion.isCut
+                        ? codeInWords(command, completion.code)
+                        : inWords(command, completion);
     return json;
 }
 
