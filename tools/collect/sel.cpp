@@ -107,8 +107,11 @@ void describe(const Ipmi::IpmiSelData& data, const Ipmi::IpmiSensor* sensor,
         record.eventType(), record.bytes.sensorType, record.offset());
     // Callers of the library know some of these with a blank at the end.
     record.event.erase(record.event.find_last_not_of(' ') + 1);
-    const bool inUnits =
-        record.eventType() == threshold && sensor && hasFixedFactors(*sensor);
+    constexpr uint8_t knownRevision = 4;
+    const bool inUnits = record.eventType() == threshold &&
+                         record.bytes.evmRevision == knownRevision && sensor &&
+                         sensor->getEventReadingType() == threshold &&
+                         hasFixedFactors(*sensor);
     record.details =
         inUnits ? thresholdDetails(record, *sensor) : data.details();
     if (!record.event.empty())
@@ -131,6 +134,9 @@ void fillEvent(const Ipmi::IpmiSelData& data, const KnownSensors& sensors,
                       std::to_string(bytes.generatorId[1]) + "." +
                       std::to_string(bytes.generatorId[0]);
     const Ipmi::IpmiSensor* sensor = sensors.find(record.deviceId);
+    // A log outlives the firmware that numbered the sensors.
+    if (sensor && sensor->getSensorType() != bytes.sensorType)
+        sensor = nullptr;
     if (sensor) {
         record.sensorName = sensor->getName();
         record.idString = sensor->getIdString();

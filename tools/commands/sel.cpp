@@ -108,18 +108,28 @@ Status run(const Arguments& arguments, const SelFilter& filter,
     return complainOf(contents.gaps);
 }
 
+// An unset variable of a script is no filter.
+const CLI::Validator notEmpty{[](const std::string& text) {
+                                  return std::string{
+                                      text.empty() ? "must not be empty" : ""};
+                              },
+                              ""};
+
 void addOptions(CLI::App& app, Arguments& arguments)
 {
     app.add_option("--since", arguments.since,
                    std::string{"Only records from then on: 30s, 5m, 2h, 3d or "
                                "1w ago, or "} +
-                       dateHelp);
+                       dateHelp)
+        ->check(notEmpty);
     app.add_option("--severity", arguments.severity,
                    std::string{"Only what is at least that bad: "} +
-                       severityHelp);
+                       severityHelp)
+        ->check(notEmpty);
     app.add_option("--sensor", arguments.sensor,
                    "Only events of this sensor: its name, its number (decimal "
-                   "or 0x..), or its device id");
+                   "or 0x..), or its device id")
+        ->check(notEmpty);
     app.add_flag("--raw", arguments.raw, "The 16 bytes of each record");
     app.add_flag("--utc", arguments.utc, utcHelp);
     app.add_flag("--no-sensors", arguments.noSensors,
@@ -127,11 +137,13 @@ void addOptions(CLI::App& app, Arguments& arguments)
                  "the log; sensors stand by type and number then");
     CLI::Option* file =
         app.add_option("--file", arguments.file,
-                       "List a saved log; nothing is sent to a controller");
+                       "List a saved log; nothing is sent to a controller")
+            ->check(notEmpty);
     app.add_option("--sdr", arguments.sdr,
                    "Sensor data records for its names (FILE.sdr, if that is "
                    "there)")
-        ->needs(file);
+        ->needs(file)
+        ->check(notEmpty);
 }
 
 constexpr char examples[] =
