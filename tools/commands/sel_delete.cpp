@@ -119,7 +119,7 @@ SelRecord deleteRecord(Device& device, uint16_t id)
 {
     Deletion deletion{device, id};
     const SelBytes bytes = deletion.reserved([&] { return deletion.read(); });
-    const SelRecord record = inWords(bytes);
+    SelRecord record = inWords(bytes);
     if (record.id != id)
         throw Failure{Status::failed,
                       "the controller answered with record " +
