@@ -24,8 +24,17 @@
 namespace
 {
 
-std::mutex sleepsMutex;
-std::vector<unsigned> sleeps;
+// Never destroyed: threads of others sleep until the very end.
+struct Sleeps
+{
+    std::mutex mutex;
+    std::vector<unsigned> seconds;
+};
+Sleeps& sleeps()
+{
+    static auto* const all = new Sleeps;
+    return *all;
+}
 
 std::atomic<double> timeScale{1};
 std::atomic<uid_t> userId{0};
@@ -110,8 +119,8 @@ void setUserId(uid_t id)
 
 std::vector<unsigned> takeSleeps()
 {
-    std::lock_guard<std::mutex> lock{sleepsMutex};
-    return std::exchange(sleeps, {});
+    std::lock_guard<std::mutex> lock{sleeps().mutex};
+    return std::exchange(sleeps().seconds, {});
 }
 
 std::vector<LogLine> takeLog()
@@ -182,8 +191,10 @@ extern "C"
     unsigned sleep(unsigned seconds)
     {
         {
-            std::lock_guard<std::mutex> lock{sleepsMutex};
-            sleeps.push_back(seconds);
+            constexpr size_t most = 1000;
+            std::lock_guard<std::mutex> lock{sleeps().mutex};
+            if (sleeps().seconds.size() < most)
+                sleeps().seconds.push_back(seconds);
         }
         usleep(useconds_t(seconds * 1e6 / timeScale));
         return 0;
