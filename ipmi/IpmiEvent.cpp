@@ -8,6 +8,7 @@
 #include "ipmi/IpmiEventLookup.h"
 #include "ipmi/IpmiPerfectHash.h"
 #include "ipmi/IpmiSelRecord.h"
+#include "ipmi/IpmiText.h"
 
 namespace Ipmi
 {
@@ -49,13 +50,6 @@ std::string withoutDetail(const EventText& row)
     return colon == text.npos ? row.name : std::string{text.substr(0, colon)};
 }
 
-std::string withoutEndBlank(std::string text)
-{
-    while (!text.empty() && text.back() == ' ')
-        text.pop_back();
-    return text;
-}
-
 // Of a sensor type; sensor type 0Fh has a name for each offset. Empty for a
 // type that has no row.
 const char* nameOfType(uint8_t sensorType, uint8_t offset)
@@ -89,12 +83,7 @@ const char* describe(const sel_event_record& record)
 
 unsigned perfect_hash_lookup(unsigned code)
 {
-    // PerfectHash::row on the arrays themselves.
-    const int32_t start = G_array[hashOfCode(0, code) % eventTextCount];
-    if (start < 0)
-        return unsigned(V_array[size_t(-start - 1)] - 1);
-    return unsigned(
-        V_array[hashOfCode(uint32_t(start), code) % eventTextCount] - 1);
+    return unsigned(rowOfCode(G_array, V_array, code));
 }
 
 const char* find_generic_desc(unsigned char type, unsigned char data1)
@@ -139,7 +128,7 @@ std::string DescFromEvent(unsigned char eventReadingType,
     const EventText* const row =
         findText(specific ? EventText::sensorSpecific : EventText::generic,
                  specific ? sensorType : eventReadingType, offset & offsetMask);
-    const std::string text = row ? withoutEndBlank(withoutDetail(*row)) : "";
+    const std::string text = row ? trimmed(withoutDetail(*row)) : "";
     return text == "Reserved" ? "" : text;
 }
 

@@ -664,7 +664,7 @@ constexpr auto hash = HashMaker<eventTextCount>{codes}.make();
 constexpr bool everyCodeFindsItsRow()
 {
     for (size_t row = 0; row < eventTextCount; ++row)
-        if (hash.row(codes[row]) != row)
+        if (rowOfCode(hash.g, hash.v, codes[row]) != row)
             return false;
     return true;
 }

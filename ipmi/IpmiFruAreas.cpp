@@ -5,7 +5,7 @@
 
 #include <vek-ipmi/IpmiFruOptional.h>
 
-#include "ipmi/RecordView.h"
+#include "ipmi/IpmiFruRecord.h"
 
 namespace Ipmi
 {
@@ -65,11 +65,6 @@ std::string orNotAvailable(std::string text)
     return text.empty() ? "n/a" : text;
 }
 
-RecordView viewOf(const IpmiFruOptional& area)
-{
-    return {area.bytes(), size_t(area.size())};
-}
-
 } // namespace
 
 void IpmiFruChassis::dump() const
@@ -106,9 +101,8 @@ std::string IpmiFruChassis::getPartNumber() const
 
 std::string IpmiFruChassis::getSerialNumber() const
 {
-    constexpr uint8_t endMark = 0xc1;
     const uint8_t partNumber = viewOf(*this).u8(chassisFields);
-    if (!isKnown() || partNumber == endMark)
+    if (!isKnown() || partNumber == fruEndMark)
         return "n/a";
     std::string text = getFruAreaString(chassisFields + (partNumber & 0x3f));
     return orNotAvailable(toAsciiAndTrim(text));

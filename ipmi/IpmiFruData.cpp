@@ -8,21 +8,14 @@
 namespace Ipmi
 {
 
-namespace
-{
-
-constexpr int largestRequest = 23;
-constexpr int smallestRequest = 8;
-
-} // namespace
-
-VEK::Relaxed<int> fru_max_req_size{largestRequest};
+VEK::Relaxed<int> fru_max_req_size{largestFruRequest};
 
 namespace
 {
 
 constexpr uint8_t storage = 0x0a;
 constexpr uint8_t readFruData = 0x11;
+constexpr int smallestRequest = 8;
 
 enum Code : uint8_t
 {

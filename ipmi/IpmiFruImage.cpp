@@ -1,7 +1,6 @@
 #include "ipmi/IpmiFruImage.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "ipmi/IpmiFruRecord.h"
 #include "ipmi/IpmiText.h"
@@ -15,22 +14,6 @@ namespace
 constexpr unsigned unit = 8; ///< Offsets and lengths count in so many bytes.
 constexpr unsigned headerSize = 8;
 constexpr uint8_t knownVersion = 1;
-constexpr uint8_t endMark = 0xc1;
-
-std::string hex(unsigned value)
-{
-    char text[12];
-    snprintf(text, sizeof text, "%02Xh", value);
-    return text;
-}
-
-std::string hexBytes(RecordView bytes)
-{
-    std::string text;
-    for (size_t i = 0; i < bytes.size(); ++i)
-        text += (i ? " " : "") + hex(bytes.u8(i)).substr(0, 2);
-    return text;
-}
 
 uint8_t sumOf(RecordView bytes)
 {
@@ -131,7 +114,7 @@ void addFields(IpmiFruArea& area, const Layout& layout)
     const uint8_t language =
         layout.languageAt ? bytes.u8(layout.languageAt) : uint8_t{0};
     size_t at = layout.fieldsAt;
-    for (size_t number = 0; bytes.u8(at) != endMark; ++number) {
+    for (size_t number = 0; bytes.u8(at) != fruEndMark; ++number) {
         const size_t named = layout.named;
         const std::string name =
             number < named ? layout.names[number]
@@ -155,7 +138,7 @@ std::string cannotBeRead(int result)
 {
     return "it cannot be read (" +
            (result < 0 ? std::string{"no usable answer"}
-                       : hex(unsigned(result))) +
+                       : hexText(unsigned(result))) +
            ")";
 }
 
@@ -184,9 +167,10 @@ void readInfoArea(FruSource& source, IpmiFruArea& area, const Layout& layout)
     if (!readBytes(source, area, size))
         return;
     if (const uint8_t sum = sumOf({area.bytes.data(), area.bytes.size()}))
-        area.problems.push_back("its checksum is wrong (sum " + hex(sum) + ")");
+        area.problems.push_back("its checksum is wrong (sum " + hexText(sum) +
+                                ")");
     if (version != knownVersion) {
-        area.problems.push_back("its format version " + hex(area.bytes[0]) +
+        area.problems.push_back("its format version " + hexText(area.bytes[0]) +
                                 " is not known");
         return;
     }
@@ -202,16 +186,15 @@ void readInternalArea(FruSource& source, IpmiFruArea& area, unsigned end)
 }
 
 // Record by record; what has been read is kept.
-bool readChain(FruSource& source, IpmiFruArea& area)
+void readChain(FruSource& source, IpmiFruArea& area)
 {
     for (;;) {
         IpmiFruArea record{};
         record.offset = area.offset + unsigned(area.bytes.size());
         const auto giveUp = [&](const std::string& problem) {
             area.problems.push_back(problem);
-            return false;
         };
-        const std::string where = "the record at " + hex(record.offset);
+        const std::string where = "the record at " + hexText(record.offset);
         if (record.offset >= source.size())
             return giveUp("it has no last record");
         if (!readBytes(source, record, fruRecordHeaderSize))
@@ -234,7 +217,7 @@ bool readChain(FruSource& source, IpmiFruArea& area)
         area.bytes.insert(area.bytes.end(), record.bytes.begin(),
                           record.bytes.end());
         if (isLast)
-            return true;
+            return;
     }
 }
 
@@ -303,13 +286,13 @@ void decodeFru(FruSource& source, IpmiFruContents& contents)
     }
     const RecordView header{bytes, sizeof bytes};
     if ((header.u8(0) & 0x0f) != knownVersion) {
-        contents.problems.push_back("its format version " + hex(header.u8(0)) +
-                                    " is not known");
+        contents.problems.push_back("its format version " +
+                                    hexText(header.u8(0)) + " is not known");
         return;
     }
     if (const uint8_t sum = sumOf(header))
         contents.problems.push_back("its header's checksum is wrong (sum " +
-                                    hex(sum) + ")");
+                                    hexText(sum) + ")");
     for (const HeaderByte& byte : headerBytes) {
         IpmiFruArea area{};
         area.kind = byte.kind;

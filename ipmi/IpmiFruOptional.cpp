@@ -6,20 +6,13 @@
 #include <new>
 #include <syslog.h>
 
-#include "ipmi/RecordView.h"
+#include "ipmi/IpmiFruRecord.h"
 
 namespace Ipmi
 {
 
 namespace
 {
-
-constexpr uint8_t endMark = 0xc1;
-
-RecordView viewOf(const IpmiFruOptional& area)
-{
-    return {area.bytes(), size_t(area.size())};
-}
 
 constexpr unsigned fieldSize(uint8_t typeLength)
 {
@@ -107,7 +100,7 @@ unsigned IpmiFruOptional::fieldAt(unsigned first, unsigned number) const
     const RecordView area = viewOf(*this);
     unsigned at = first;
     for (unsigned i = 0; i < number; ++i) {
-        if (!area.has(at) || area.u8(at) == endMark)
+        if (!area.has(at) || area.u8(at) == fruEndMark)
             return 0;
         at += 1 + fieldSize(area.u8(at));
     }

@@ -295,14 +295,13 @@ IpmiFru::Areas IpmiIfcFruGetInv(int number, unsigned char fruDeviceId)
 
 int IpmiIfcFruInstantiateAll(int number)
 {
-    constexpr int largestRequest = 23;
     IpmiNode* const record = nodeRecord(number);
     if (!record)
         return -1;
     IpmiNode& node = *record;
     VEK::MutexLock oneAtATime{passMutex};
     VEK::ReadLock records{node.sdrLock};
-    fru_max_req_size = largestRequest;
+    fru_max_req_size = largestFruRequest;
     Pass pass{node};
     for (const ipmiifc_sdr_list* entry = node.sdrLists[SDR_FRU_LOCATOR]; entry;
          entry = entry->next)

@@ -10,6 +10,9 @@
 namespace Ipmi
 {
 
+/// Bytes that a pass asks for at once at first.
+constexpr int largestFruRequest = 23;
+
 /// One exchange with whom a pass over the devices is at, or else with whom the
 /// node's commands go to.
 Response sendToFru(ipmiifc_req& request, int flags = 0);

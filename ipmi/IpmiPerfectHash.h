@@ -21,6 +21,17 @@ constexpr uint32_t hashOfCode(uint32_t start, uint32_t code)
     return hash;
 }
 
+/// The row of a code, or some row, by the arrays of a PerfectHash.
+template <size_t count>
+constexpr size_t rowOfCode(const std::array<int32_t, count>& g,
+                           const std::array<int32_t, count>& v, uint32_t code)
+{
+    const int32_t start = g[hashOfCode(0, code) % count];
+    const size_t place = start < 0 ? size_t(-start - 1)
+                                   : hashOfCode(uint32_t(start), code) % count;
+    return size_t(v[place] - 1);
+}
+
 template <size_t count>
 struct PerfectHash
 {
@@ -29,15 +40,6 @@ struct PerfectHash
     std::array<int32_t, count> g{};
     /// By place: row + 1.
     std::array<int32_t, count> v{};
-
-    constexpr size_t row(uint32_t code) const
-    {
-        const int32_t start = g[hashOfCode(0, code) % count];
-        const size_t place = start < 0
-                                 ? size_t(-start - 1)
-                                 : hashOfCode(uint32_t(start), code) % count;
-        return size_t(v[place] - 1);
-    }
 };
 
 /// Places the codes of a PerfectHash, at compile time.

@@ -2,7 +2,6 @@
 // and 42-3. A byte says something only where event data 1 says that the
 // standard defines it: firmware puts all kinds of things into the others.
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <iterator>
 #include <sstream>
@@ -14,6 +13,7 @@
 
 #include "ipmi/IpmiEventLookup.h"
 #include "ipmi/IpmiSelRecord.h"
+#include "ipmi/IpmiText.h"
 #include "ipmi/RecordView.h"
 
 namespace Ipmi
@@ -39,21 +39,6 @@ Usage usageOf2(const sel_event_record& record)
 Usage usageOf3(const sel_event_record& record)
 {
     return Usage(record.eventData1 >> 4 & 3);
-}
-
-std::string hex(uint8_t value)
-{
-    char text[4];
-    snprintf(text, sizeof text, "%02Xh", value);
-    return text;
-}
-
-std::string hexBytes(RecordView bytes)
-{
-    std::string text;
-    for (size_t i = 0; i < bytes.size(); ++i)
-        text += " " + hex(bytes.u8(i)).substr(0, 2);
-    return text;
 }
 
 // How event data say that they say nothing, whatever their usage.
@@ -135,7 +120,7 @@ std::string unitOf(const IpmiSensor& sensor)
 std::string valueText(const IpmiSensor* sensor, const char* what, uint8_t raw)
 {
     if (!sensor)
-        return std::string{"raw "} + what + " " + hex(raw);
+        return std::string{"raw "} + what + " " + hexText(raw);
     std::ostringstream text;
     text << what << " " << sensor->convertRawValue(raw) << unitOf(*sensor);
     return text.str();
@@ -183,7 +168,7 @@ std::string configurationError(uint8_t value)
 
 std::string eventTypeDisabled(uint8_t value)
 {
-    return "event/reading type " + hex(value);
+    return "event/reading type " + hexText(value);
 }
 
 std::string whichEventsDisabled(uint8_t value)
@@ -314,7 +299,7 @@ std::string watchdogUse(uint8_t value)
 
 std::string failedSensor(uint8_t value)
 {
-    return "sensor " + hex(value);
+    return "sensor " + hexText(value);
 }
 
 std::string user(uint8_t value)
@@ -495,9 +480,9 @@ std::string discreteDetails(const sel_event_record& record)
     if (eventTypeOf(record) == sensorSpecificEventType)
         parts.push_back(definedDetails(record));
     if (usageOf2(record) == oemCode && record.eventData2 != notGiven)
-        parts.push_back("OEM data 2 " + hex(record.eventData2));
+        parts.push_back("OEM data 2 " + hexText(record.eventData2));
     if (usageOf3(record) == oemCode && record.eventData3 != notGiven)
-        parts.push_back("OEM data 3 " + hex(record.eventData3));
+        parts.push_back("OEM data 3 " + hexText(record.eventData3));
     return joined(parts);
 }
 
@@ -521,10 +506,10 @@ std::string oemDetails(const sel_event_record& record)
     memcpy(copy, &record, sizeof copy);
     const RecordView bytes{copy, sizeof copy};
     if (!isTimedOem(record))
-        return "data" + hexBytes(bytes.part(timeAt, bytes.size()));
+        return "data " + hexBytes(bytes.part(timeAt, bytes.size()));
     const unsigned manufacturer = bytes.u16(manufacturerAt) |
                                   unsigned(bytes.u8(manufacturerAt + 2)) << 16;
-    return "manufacturer " + std::to_string(manufacturer) + ", data" +
+    return "manufacturer " + std::to_string(manufacturer) + ", data " +
            hexBytes(bytes.part(dataAt, bytes.size()));
 }
 

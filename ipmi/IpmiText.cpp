@@ -87,6 +87,21 @@ std::string decodeUnicode(RecordView bytes, bool wide)
     return text;
 }
 
+std::string hexText(unsigned value)
+{
+    char text[12];
+    snprintf(text, sizeof text, "%02Xh", value);
+    return text;
+}
+
+std::string hexBytes(RecordView bytes)
+{
+    std::string text;
+    for (size_t i = 0; i < bytes.size(); ++i)
+        text += (i ? " " : "") + hexText(bytes.u8(i)).substr(0, 2);
+    return text;
+}
+
 std::string trimmed(std::string text)
 {
     while (!text.empty() && text.back() == ' ')

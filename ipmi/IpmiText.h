@@ -18,6 +18,9 @@ std::string decodeBcdPlus(RecordView bytes);
 std::string decodePacked(RecordView bytes);
 /// UTF-16, LS byte first; not wide: a byte for a character.
 std::string decodeUnicode(RecordView bytes, bool wide);
+/// "1Fh", two digits at least; "1F 2E".
+std::string hexText(unsigned value);
+std::string hexBytes(RecordView bytes);
 /// Without blanks at its end.
 std::string trimmed(std::string text);
 

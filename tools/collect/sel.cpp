@@ -105,8 +105,6 @@ void describe(const Ipmi::IpmiSelData& data, const Ipmi::IpmiSensor* sensor,
 {
     record.event = Ipmi::DescFromEvent(
         record.eventType(), record.bytes.sensorType, record.offset());
-    // Callers of the library know some of these with a blank at the end.
-    record.event.erase(record.event.find_last_not_of(' ') + 1);
     constexpr uint8_t knownRevision = 4;
     const bool inUnits = record.eventType() == threshold &&
                          record.bytes.evmRevision == knownRevision && sensor &&
