@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "tools/commands/commands.h"
+#include "tools/commands/discovery.h"
 #include "tools/commands/find.h"
-#include "tools/commands/inventory.h"
 #include "tools/print/event.h"
 #include "tools/print/output.h"
 #include "tools/print/state.h"
@@ -160,8 +160,8 @@ Status run(const std::string& what, const Change& change,
     EventEnable enable;
     {
         Device device;
-        const Inventory inventory = readInventory(device);
-        sensor = findForWriting(inventory, what);
+        const Discovery discovery = readDiscovery(device);
+        sensor = findForWriting(discovery, what);
         refuseSatellite(sensor);
         if (sensor.condition == Condition::eventOnly)
             refuse(sensor, "the controller does not read it, it only sends "

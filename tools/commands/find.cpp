@@ -66,13 +66,13 @@ std::string listOf(const Found& found)
 
 } // namespace
 
-const Sensor& findSensor(const Inventory& inventory, const std::string& what)
+const Sensor& findSensor(const Discovery& discovery, const std::string& what)
 {
-    const Found found = candidates(inventory.sensors, what);
-    if (found.empty() && inventory.repository.missing() != 0)
+    const Found found = candidates(discovery.sensors, what);
+    if (found.empty() && discovery.repository.missing() != 0)
         throw Failure{Status::failed,
                       "no sensor '" + what + "' among the records that could " +
-                          "be read; " + missingText(inventory.repository),
+                          "be read; " + missingText(discovery.repository),
                       "Try again."};
     if (found.empty())
         throw Failure{Status::usage, "no sensor '" + what + "'",
@@ -86,15 +86,15 @@ const Sensor& findSensor(const Inventory& inventory, const std::string& what)
     return *found.front();
 }
 
-const Sensor& findForWriting(const Inventory& inventory,
+const Sensor& findForWriting(const Discovery& discovery,
                              const std::string& what)
 {
-    const Sensor& sensor = findSensor(inventory, what);
-    if (inventory.repository.missing() == 0 || sensor.deviceId == what)
+    const Sensor& sensor = findSensor(discovery, what);
+    if (discovery.repository.missing() == 0 || sensor.deviceId == what)
         return sensor;
     throw Failure{Status::failed,
                   "'" + what + "' might fit another sensor as well: " +
-                      missingText(inventory.repository),
+                      missingText(discovery.repository),
                   "Try again, or name it by its device id: " + sensor.deviceId};
 }
 

@@ -2,7 +2,7 @@
 #ifndef VEK_TOOLS_COMMANDS_FIND_H
 #define VEK_TOOLS_COMMANDS_FIND_H
 
-#include "tools/commands/inventory.h"
+#include "tools/commands/discovery.h"
 
 namespace Tool
 {
@@ -15,11 +15,11 @@ constexpr char sensorHelp[] =
 /// @throws Failure with status usage when it fits none, or several: which it
 ///     is of those is never guessed; status failed for none while records are
 ///     missing.
-const Sensor& findSensor(const Inventory& inventory, const std::string& what);
+const Sensor& findSensor(const Discovery& discovery, const std::string& what);
 
 /// The same for a command that writes: while records are missing, which might
 /// fit as well, only a device id says which sensor it is.
-const Sensor& findForWriting(const Inventory& inventory,
+const Sensor& findForWriting(const Discovery& discovery,
                              const std::string& what);
 
 /// Commands about settings go to the controller itself, whoever owns a sensor.

@@ -7,7 +7,7 @@
 
 #include "tools/collect/health_table.h"
 #include "tools/commands/commands.h"
-#include "tools/commands/inventory.h"
+#include "tools/commands/discovery.h"
 #include "tools/print/health.h"
 #include "tools/print/health_table.h"
 #include "tools/print/output.h"
@@ -46,8 +46,8 @@ Status judgeAll(const Options& options)
     Overall overall;
     {
         Device device;
-        const Inventory inventory = readInventory(device);
-        overall = overallOf(inventory.sensors, inventory.repository);
+        const Discovery discovery = readDiscovery(device);
+        overall = overallOf(discovery.sensors, discovery.repository);
     }
     noteSource(overall.source);
     put(options.json ? toText(toJson(overall)) : toText(overall));

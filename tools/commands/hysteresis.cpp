@@ -7,8 +7,8 @@
 
 #include "tools/collect/setting.h"
 #include "tools/commands/commands.h"
+#include "tools/commands/discovery.h"
 #include "tools/commands/find.h"
-#include "tools/commands/inventory.h"
 #include "tools/print/output.h"
 #include "tools/print/sensor.h"
 #include "tools/print/value.h"
@@ -113,10 +113,10 @@ Status run(const Arguments& arguments, const Options& options)
     Status status = Status::done;
     {
         Device device;
-        const Inventory inventory = readInventory(device);
+        const Discovery discovery = readDiscovery(device);
         sensor = arguments.writes()
-                     ? findForWriting(inventory, arguments.sensor)
-                     : findSensor(inventory, arguments.sensor);
+                     ? findForWriting(discovery, arguments.sensor)
+                     : findSensor(discovery, arguments.sensor);
         refuseSatellite(sensor);
         checkSupport(sensor, arguments.writes());
         sensor.hysteresis = readHysteresis(device, sensor);

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "tools/commands/commands.h"
-#include "tools/commands/inventory.h"
+#include "tools/commands/discovery.h"
 #include "tools/print/output.h"
 #include "tools/print/record.h"
 

@@ -3,7 +3,7 @@
 
 #include "tools/collect/known_sensors.h"
 #include "tools/collect/sel_file.h"
-#include "tools/commands/inventory.h"
+#include "tools/commands/discovery.h"
 #include "tools/commands/sel.h"
 #include "tools/print/completion_codes.h"
 

@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "tools/commands/commands.h"
+#include "tools/commands/discovery.h"
 #include "tools/commands/find.h"
-#include "tools/commands/inventory.h"
 #include "tools/print/output.h"
 #include "tools/print/sensor.h"
 
@@ -37,13 +37,13 @@ std::string inTable(const Sensor& sensor, bool raw)
 
 Status run(const Arguments& arguments, const Options& options)
 {
-    Inventory inventory;
+    Discovery discovery;
     {
         Device device;
-        inventory = readInventory(device);
+        discovery = readDiscovery(device);
     }
-    const Status status = complainOfMissing(inventory.repository);
-    const Sensor& sensor = findSensor(inventory, arguments.sensor);
+    const Status status = complainOfMissing(discovery.repository);
+    const Sensor& sensor = findSensor(discovery, arguments.sensor);
     put(options.json ? inJson(sensor, arguments.raw)
                      : inTable(sensor, arguments.raw));
     return status;

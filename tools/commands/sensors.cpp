@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "tools/commands/commands.h"
+#include "tools/commands/discovery.h"
 #include "tools/commands/filter.h"
-#include "tools/commands/inventory.h"
 #include "tools/commands/watch.h"
 #include "tools/print/output.h"
 #include "tools/print/sensors.h"
@@ -23,13 +23,13 @@ struct Arguments
     bool thresholds = false, all = false, watch = false;
 };
 
-Listing listingOf(const Arguments& arguments, const Inventory& inventory)
+Listing listingOf(const Arguments& arguments, const Discovery& discovery)
 {
     Listing listing;
-    listing.sensors = choose(inventory.sensors, arguments.filter);
-    listing.count = inventory.sensors.size();
+    listing.sensors = choose(discovery.sensors, arguments.filter);
+    listing.count = discovery.sensors.size();
     listing.records = collectRecords();
-    listing.repository = inventory.repository;
+    listing.repository = discovery.repository;
     listing.thresholds = arguments.thresholds;
     listing.all = arguments.all;
     return listing;
@@ -57,7 +57,7 @@ Status runOnce(const Arguments& arguments, const Options& options)
     Listing listing;
     {
         Device device;
-        listing = listingOf(arguments, readInventory(device));
+        listing = listingOf(arguments, readDiscovery(device));
     }
     put(options.json ? toText(toJson(listing))
                      : toTable(listing, Terminal::ofOutput()));
@@ -78,8 +78,8 @@ std::string timeOfNow()
 std::string draw(const Arguments& arguments, bool json)
 {
     checkRepository();
-    const Inventory inventory{repositorySoFar(), collectSensors()};
-    const Listing listing = listingOf(arguments, inventory);
+    const Discovery discovery{repositorySoFar(), collectSensors()};
+    const Listing listing = listingOf(arguments, discovery);
     return json ? toJson(listing).dump() + '\n'
                 : timeOfNow() + '\n' + toTable(listing, Terminal::ofOutput());
 }

@@ -6,8 +6,8 @@
 
 #include "tools/collect/setting.h"
 #include "tools/commands/commands.h"
+#include "tools/commands/discovery.h"
 #include "tools/commands/find.h"
-#include "tools/commands/inventory.h"
 #include "tools/print/output.h"
 #include "tools/print/sensor.h"
 #include "tools/print/state.h"
@@ -115,8 +115,8 @@ Status run(const std::string& what, const Change& change,
     Status status = Status::done;
     {
         Device device;
-        const Inventory inventory = readInventory(device);
-        sensor = findForWriting(inventory, what);
+        const Discovery discovery = readDiscovery(device);
+        sensor = findForWriting(discovery, what);
         refuseSatellite(sensor);
         status = change(device, sensor);
     }

@@ -1,17 +1,17 @@
-#include "tools/commands/inventory.h"
+#include "tools/commands/discovery.h"
 
 #include "tools/collect/health_source.h"
 
 namespace Tool
 {
 
-Inventory readInventory(Device& device)
+Discovery readDiscovery(Device& device)
 {
     loadHealthTable();
-    Inventory inventory;
-    inventory.repository = readRepository(device);
-    inventory.sensors = collectSensors();
-    return inventory;
+    Discovery discovery;
+    discovery.repository = readRepository(device);
+    discovery.sensors = collectSensors();
+    return discovery;
 }
 
 std::string missingText(const Repository& repository)

@@ -1,6 +1,6 @@
 /// What most subcommands about sensors begin with.
-#ifndef VEK_TOOLS_COMMANDS_INVENTORY_H
-#define VEK_TOOLS_COMMANDS_INVENTORY_H
+#ifndef VEK_TOOLS_COMMANDS_DISCOVERY_H
+#define VEK_TOOLS_COMMANDS_DISCOVERY_H
 
 #include "tools/collect/repository.h"
 #include "tools/collect/sensor.h"
@@ -8,7 +8,7 @@
 namespace Tool
 {
 
-struct Inventory
+struct Discovery
 {
     Repository repository;
     std::vector<Sensor> sensors;
@@ -16,7 +16,7 @@ struct Inventory
 
 /// Reads the repository, once, with the sensors.
 /// @throws Failure without a repository.
-Inventory readInventory(Device& device);
+Discovery readDiscovery(Device& device);
 
 /// "only 90 of 105 sensor data records were read (...)"
 std::string missingText(const Repository& repository);
