@@ -84,6 +84,8 @@ bool parse(int argc, char** argv, Options& options, Run& run, Status& status)
     addEvents(app, run);
     addSdr(app, run);
     addSel(app, run);
+    addEntities(app, run);
+    addLan(app, run);
     addHealth(app, run);
     app.require_subcommand(1);
     try {

@@ -3,6 +3,7 @@
 #define VEK_TOOLS_STATUS_H
 
 #include <string>
+#include <vector>
 
 namespace Tool
 {
@@ -32,6 +33,9 @@ struct Failure
 
 /// Writes both lines to standard error.
 void complain(const Failure& failure);
+
+/// Tells them all; the worst status, done when there are none.
+Status complainOf(const std::vector<Failure>& failures);
 
 } // namespace Tool
 

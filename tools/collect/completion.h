@@ -20,7 +20,8 @@ namespace commands
 {
 constexpr Command chassisIdentify = {0x00, 0x04}, getDeviceId = {0x06, 0x01},
                   getSelfTestResults = {0x06, 0x04},
-                  setSystemInfo = {0x06, 0x58}, getSystemInfo = {0x06, 0x59},
+                  getChannelInfo = {0x06, 0x42}, setSystemInfo = {0x06, 0x58},
+                  getSystemInfo = {0x06, 0x59},
                   setSensorHysteresis = {0x04, 0x24},
                   getSensorHysteresis = {0x04, 0x25},
                   setSensorThresholds = {0x04, 0x26},
@@ -33,7 +34,8 @@ constexpr Command chassisIdentify = {0x00, 0x04}, getDeviceId = {0x06, 0x01},
                   getSelInfo = {0x0A, 0x40}, getSelAllocation = {0x0A, 0x41},
                   reserveSel = {0x0A, 0x42}, getSelEntry = {0x0A, 0x43},
                   deleteSelEntry = {0x0A, 0x46}, clearSel = {0x0A, 0x47},
-                  getSelTime = {0x0A, 0x48}, setSelTime = {0x0A, 0x49};
+                  getSelTime = {0x0A, 0x48}, setSelTime = {0x0A, 0x49},
+                  getLanConfiguration = {0x0C, 0x02};
 } // namespace commands
 
 struct Completion

@@ -24,6 +24,8 @@ void addHysteresis(CLI::App& app, Run& run);
 void addEvents(CLI::App& app, Run& run);
 void addSdr(CLI::App& app, Run& run);
 void addSel(CLI::App& app, Run& run);
+void addEntities(CLI::App& app, Run& run);
+void addLan(CLI::App& app, Run& run);
 void addHealth(CLI::App& app, Run& run);
 
 /// Puts a text below a subcommand's options, before what all of them share.

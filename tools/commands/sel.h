@@ -51,9 +51,6 @@ SelContents loadContents(const std::string& log, const std::string& sensors);
 /// Where "sel save" puts the sensor data records of a log.
 std::string sensorsBeside(const std::string& log);
 
-/// Tells them all; done when none is a failure.
-Status complainOf(const std::vector<Failure>& gaps);
-
 } // namespace Tool
 
 #endif

@@ -102,14 +102,4 @@ std::string sensorsBeside(const std::string& log)
     return log + ".sdr";
 }
 
-Status complainOf(const std::vector<Failure>& gaps)
-{
-    Status status = Status::done;
-    for (const Failure& gap : gaps) {
-        complain(gap);
-        status = std::max(status, gap.status);
-    }
-    return status;
-}
-
 } // namespace Tool

@@ -19,12 +19,28 @@ std::string asWord(std::string text)
     return lowered(std::move(text));
 }
 
-std::string joined(const std::set<std::string>& texts)
+namespace
+{
+
+template <typename Texts>
+std::string join(const Texts& texts)
 {
     std::string all;
     for (const std::string& text : texts)
         all += (all.empty() ? "" : ", ") + text;
     return all;
+}
+
+} // namespace
+
+std::string joined(const std::set<std::string>& texts)
+{
+    return join(texts);
+}
+
+std::string joined(const std::vector<std::string>& texts)
+{
+    return join(texts);
 }
 
 } // namespace Tool

@@ -4,6 +4,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 namespace Tool
 {
@@ -16,6 +17,7 @@ std::string asWord(std::string text);
 
 /// "a, b, c"
 std::string joined(const std::set<std::string>& texts);
+std::string joined(const std::vector<std::string>& texts);
 
 } // namespace Tool
 

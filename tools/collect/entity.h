@@ -1,0 +1,47 @@
+/// The parts of the platform, as sensor data records name them (IPMI v2.0,
+/// sections 39 and 43).
+#ifndef VEK_TOOLS_COLLECT_ENTITY_H
+#define VEK_TOOLS_COLLECT_ENTITY_H
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/collect/record.h"
+
+namespace Tool
+{
+
+/// Entity id and instance, the latter in seven bits.
+using EntityId = std::pair<uint8_t, uint8_t>;
+
+/// Something that a record says is of an entity.
+struct EntityMember
+{
+    uint8_t recordType = 0;
+    std::string name;             ///< May be empty.
+    std::string sensor;           ///< Device id of a sensor, else empty.
+    uint8_t fruDeviceId = 0,      ///< Of a FRU device.
+        address = 0, channel = 0; ///< Of the controller of any other device.
+};
+
+struct Entity
+{
+    EntityId id;
+    std::string name, alertClass;
+    /// Containers of entities that contain some themselves are joined: an
+    /// entity may be contained several times, and in itself.
+    std::vector<EntityId> contains, containedIn;
+    std::vector<EntityMember> sensors, frus, devices;
+};
+
+/// All that the records name: containers first, with what they contain, then
+/// those of sensors and locators. Sends nothing.
+///
+/// The associations are read as the standard lays them out. The library's own
+/// tree differs, as callers know it, where a record is a device-relative one.
+std::vector<Entity> entitiesOf(const std::vector<Record>& records);
+
+} // namespace Tool
+
+#endif
