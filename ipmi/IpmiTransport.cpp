@@ -346,4 +346,13 @@ int IpmiIfc::sendCmd(uint8_t cmd, uint8_t netfn, uint16_t data_len,
     return sendCmd(0, cmd, netfn, data_len, data, resp_len, resp_buf);
 }
 
+int IpmiIfcSendCmdTo(int node, const IpmiTarget& target, uint8_t cmd,
+                     uint8_t netfn, uint16_t data_len, uint8_t* data,
+                     uint16_t* resp_len, uint8_t* resp_buf)
+{
+    const TargetUse use{target.address, target.channel, target.lun};
+    return IpmiIfc::sendCmd(node, cmd, netfn, data_len, data, resp_len,
+                            resp_buf);
+}
+
 } // namespace Ipmi

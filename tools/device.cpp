@@ -5,7 +5,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <vek-ipmi/IpmiCommandLine.h>
 #include <vek-ipmi/IpmiIfc.h>
 
 namespace Tool
@@ -90,12 +89,13 @@ Completion Device::ask(const std::function<int()>& operation, WaitText text)
     return {static_cast<uint8_t>(code), code != noAnswer || marked()};
 }
 
-Answer Device::exchange(Command command, Bytes data)
+Answer Device::exchange(Command command, Bytes data,
+                        const Ipmi::IpmiTarget& target)
 {
     uint8_t buffer[32]; // as much as the library holds of an answer
     uint16_t length = sizeof buffer;
     const auto send = [&] {
-        return Ipmi::IpmiIfc::sendCmd(command.code, command.netFn,
+        return Ipmi::IpmiIfcSendCmdTo(0, target, command.code, command.netFn,
                                       static_cast<uint16_t>(data.size()),
                                       data.data(), &length, buffer);
     };

@@ -4,6 +4,8 @@
 
 #include <functional>
 
+#include <vek-ipmi/IpmiCommandLine.h>
+
 #include "tools/collect/completion.h"
 #include "tools/patience.h"
 #include "tools/print/text.h"
@@ -32,7 +34,9 @@ public:
     /// tells FFh of the controller's own from the library's "no answer".
     Completion ask(const std::function<int()>& operation, WaitText text = {});
 
-    Answer exchange(Command command, Bytes data);
+    /// One exchange, with the controller itself unless a target is given.
+    Answer exchange(Command command, Bytes data,
+                    const Ipmi::IpmiTarget& target = {});
 
 private:
     void mark() const;

@@ -87,6 +87,7 @@ bool parse(int argc, char** argv, Options& options, Run& run, Status& status)
     addEntities(app, run);
     addLan(app, run);
     addHealth(app, run);
+    addCapture(app, run);
     app.require_subcommand(1);
     try {
         app.parse(argc, argv);

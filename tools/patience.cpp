@@ -1,5 +1,6 @@
 #include "tools/patience.h"
 
+#include <atomic>
 #include <chrono>
 #include <iostream>
 #include <unistd.h>
@@ -7,9 +8,17 @@
 namespace Tool
 {
 
+namespace
+{
+
+// Of several waits, one inside the other, the outermost speaks.
+std::atomic<bool> speaking{false};
+
+} // namespace
+
 Patience::Patience(WaitText text) : text_{std::move(text)}
 {
-    if (isatty(STDERR_FILENO))
+    if (isatty(STDERR_FILENO) && !speaking.exchange(true))
         thread_ = std::thread{&Patience::watch, this};
 }
 
@@ -23,6 +32,7 @@ Patience::~Patience()
     }
     wake_.notify_one();
     thread_.join();
+    speaking = false;
 }
 
 void Patience::watch()

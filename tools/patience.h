@@ -15,7 +15,8 @@ namespace Tool
 using WaitText = std::function<std::string()>;
 
 /// From some time after its construction until its end, standard error says
-/// what the program waits for. Says nothing when that is no terminal.
+/// what the program waits for. Says nothing when that is no terminal, nor
+/// within another's lifetime.
 class Patience
 {
 public:

@@ -38,6 +38,21 @@ int IpmiIfcReadSelfTest(int node);
 int IpmiIfcReadOS_Name(int node);
 int IpmiIfcReadOS_Version(int node);
 
+/// A controller, and how the node's own one gets to it (IPMI v2.0, 43.1,
+/// bytes 6 and 7).
+struct IpmiTarget
+{
+    uint8_t address; ///< Slave address; 0: the node's own controller.
+    uint8_t channel;
+    uint8_t lun; ///< Not of the node's own controller, which is asked at 0.
+};
+
+/// As IpmiIfc::sendCmd, to another controller. Other threads' exchanges wait
+/// until it is over.
+int IpmiIfcSendCmdTo(int node, const IpmiTarget& target, uint8_t cmd,
+                     uint8_t netfn, uint16_t data_len, uint8_t* data,
+                     uint16_t* resp_len, uint8_t* resp_buf);
+
 /// Reads the whole SDR repository, and from it the sensors with their first
 /// readings, thresholds and hysteresis, as the polling loop does; for
 /// IpmiIfc::getSensors and its like. 0, or -1 when the controller does not

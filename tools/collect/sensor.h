@@ -19,7 +19,8 @@ constexpr uint8_t controllersAddress = 0x20;
 
 namespace record_types
 {
-constexpr uint8_t full = 0x01, compact = 0x02, eventOnly = 0x03;
+constexpr uint8_t full = 0x01, compact = 0x02, eventOnly = 0x03,
+                  fruLocator = 0x11;
 } // namespace record_types
 
 /// Why there is a reading, or none.

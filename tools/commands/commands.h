@@ -27,6 +27,7 @@ void addSel(CLI::App& app, Run& run);
 void addEntities(CLI::App& app, Run& run);
 void addLan(CLI::App& app, Run& run);
 void addHealth(CLI::App& app, Run& run);
+void addCapture(CLI::App& app, Run& run);
 
 /// Puts a text below a subcommand's options, before what all of them share.
 void addNotes(CLI::App& subcommand, const std::string& text);
