@@ -21,6 +21,10 @@ std::optional<Profile> importSel(const Bytes& dump, Mistakes& mistakes);
 /// "ipmitool fru read" writes them.
 std::optional<Profile> importFru(const Bytes& dump, Mistakes& mistakes);
 
+/// The controller of a profile that "vek-ipmi capture" wrote, with fields in
+/// place of those answers that they give as well.
+std::optional<Profile> importCapture(const Bytes& dump, Mistakes& mistakes);
+
 } // namespace Sim
 
 #endif

@@ -40,7 +40,8 @@ class Formatter : public CLI::Formatter
         return "Usage: vek-ipmi-sim [OPTIONS] -- COMMAND [ARGUMENTS]\n"
                "       vek-ipmi-sim [OPTIONS] --serve HOST:PORT\n"
                "       vek-ipmi-sim check PROFILE\n"
-               "       vek-ipmi-sim import sdr|sel|fru FILE [-o PROFILE]\n";
+               "       vek-ipmi-sim import sdr|sel|fru|capture FILE [-o "
+               "PROFILE]\n";
     }
 };
 
@@ -95,6 +96,10 @@ void declareImport(CLI::App& app, Options& options)
          importSel},
         {"fru", "Of a device's bytes as \"ipmitool fru read ID FILE\" does",
          importFru},
+        {"capture",
+         "Of what \"vek-ipmi capture FILE\" writes: with fields "
+         "that can be edited in place of mere answers",
+         importCapture},
     };
     for (const auto& one : kinds) {
         CLI::App* kind = import->add_subcommand(one.name, one.help);

@@ -8,15 +8,17 @@ namespace Tool
 namespace
 {
 
-// What is shown of a controller and of its capture, compared; $asked runs a
-// line on the controller.
+// What is shown of a controller, of its capture and of what is made of that,
+// compared; $asked runs a line on the controller.
 constexpr char compare[] =
     "d=$(mktemp -d); cd $d; $asked $tool capture F >said; s=$?; "
+    "$sim import capture F -o G || echo import; "
     "for c in info sensors 'sensors --all --json' 'sdr --raw' 'sel --raw' "
     "fru entities lan inventory 'inventory --json'; do "
-    "$asked $tool $c >a 2>&1; echo $? >>a; "
-    "$sim --profile F -- $tool $c >b 2>&1; echo $? >>b; "
-    "grep -v '\"time\":' a >c; grep -v '\"time\":' b | diff c - || echo $c; "
+    "$asked $tool $c >a 2>&1; echo $? >>a; sed -i '/\"time\":/d' a; "
+    "for p in F G; do "
+    "$sim --profile $p -- $tool $c >b 2>&1; echo $? >>b; "
+    "sed '/\"time\":/d' b | diff a - || echo $p $c; done; "
     "done; cat said; rm -r $d; exit $s";
 
 std::string on(const std::string& options)

@@ -1,5 +1,5 @@
 // The steps of a capture that ask a fixed list of questions.
-#include <algorithm>
+#include <iterator>
 
 #include "tools/collect/capture_query.h"
 
@@ -44,17 +44,21 @@ void keepText(CaptureQuery& query, CapturedAnswers& answers, uint8_t parameter)
 
 // IPMI v2.0, table 23-4, without what only alerts use.
 constexpr uint8_t parameters[] = {
-    0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15, 16, 17,
-    20, 21, 22, 23, 24, 26, 50, 51, 55, 64, 65, 66, 67, 68, 69, 70, 71, 72};
-constexpr uint8_t addressCounts = 55;
+    0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15, 16, 17, 20,
+    21, 22, 23, 24, 26, 50, 51, 55, 64, 65, 66, 67, 68, 69, 70, 71, 72, 73};
 
+/// A parameter of which there are several, and where it says how many.
 struct Selected
 {
-    uint8_t parameter;
-    size_t countAt; ///< In the data of addressCounts.
+    uint8_t parameter, counts;
+    size_t countAt; ///< In that one's data.
 };
 
-constexpr Selected selectedParameters[] = {{56, 0}, {59, 1}};
+// Addresses, static and dynamic, and dynamic routers with what is known of
+// them.
+constexpr Selected selectedParameters[] = {{56, 55, 0}, {59, 55, 1},
+                                           {74, 73, 0}, {75, 73, 0},
+                                           {76, 73, 0}, {77, 73, 0}};
 
 class LanQuestions
 {
@@ -78,13 +82,11 @@ public:
             query_.capture().controller.answers.push_back(std::move(kept));
     }
 
-    // How many addresses there are, as the controller says.
-    size_t count(size_t at) const
+    size_t count(const Selected& row) const
     {
-        constexpr uint8_t most = 32;
         for (const CapturedParameter& one : lan_.parameters)
-            if (one.number == addressCounts && one.data.size() > at)
-                return std::min(one.data[at], most);
+            if (one.number == row.counts && one.data.size() > row.countAt)
+                return one.data[row.countAt];
         return 0;
     }
 
@@ -103,7 +105,7 @@ CapturedLan lanOf(CaptureQuery& query, uint8_t channel)
         query.progress().step();
     }
     for (const Selected& row : selectedParameters)
-        for (size_t i = 0; i < questions.count(row.countAt); ++i)
+        for (size_t i = 0; i < questions.count(row); ++i)
             questions.ask(row.parameter, uint8_t(i));
     return questions.take();
 }
