@@ -136,6 +136,9 @@ void addFields(IpmiFruArea& area, const Layout& layout)
 
 std::string cannotBeRead(int result)
 {
+    constexpr int outOfRange = 0xc9;
+    if (result == outOfRange)
+        return "it runs past the end (C9h)";
     return "it cannot be read (" +
            (result < 0 ? std::string{"no usable answer"}
                        : hexText(unsigned(result))) +
@@ -149,6 +152,7 @@ bool readBytes(FruSource& source, IpmiFruArea& area, unsigned size)
     unsigned count = size;
     const int result = source.read(area.offset, count, area.bytes.data());
     area.bytes.resize(std::min(count, size));
+    area.result = result;
     if (result != 0)
         area.problems.push_back(cannotBeRead(result));
     return result == 0;
@@ -192,6 +196,7 @@ void readChain(FruSource& source, IpmiFruArea& area)
         IpmiFruArea record{};
         record.offset = area.offset + unsigned(area.bytes.size());
         const auto giveUp = [&](const std::string& problem) {
+            area.result = record.result;
             area.problems.push_back(problem);
         };
         const std::string where = "the record at " + hexText(record.offset);
@@ -280,6 +285,7 @@ void decodeFru(FruSource& source, IpmiFruContents& contents)
     uint8_t bytes[headerSize] = {};
     unsigned count = sizeof bytes;
     const int result = source.read(0, count, bytes);
+    contents.headerResult = result;
     if (result != 0) {
         contents.problems.push_back("its header: " + cannotBeRead(result));
         return;

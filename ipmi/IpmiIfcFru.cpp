@@ -424,10 +424,11 @@ int IpmiIfc::readFruImage(int node, const std::shared_ptr<IpmiFru>& fru,
 {
     VEK::MutexLock oneAtATime{passMutex};
     DeviceSource device{node, fru.get()};
-    if (const int failure = device.open()) {
-        bytes.clear();
+    bytes.clear();
+    if (const int failure = device.open())
         return failure;
-    }
+    if (device.byWords())
+        return FRU_BY_WORDS;
     bytes.resize(device.size());
     unsigned count = device.size();
     const int result = count ? device.read(0, count, bytes.data()) : 0;

@@ -35,6 +35,7 @@ struct IpmiFruArea
     Kind kind;
     unsigned offset;                     ///< Bytes from the device's start.
     std::vector<unsigned char> bytes;    ///< As far as they could be read.
+    int result;                          ///< See IpmiFruContents::headerResult.
     std::vector<std::string> problems;   ///< "its checksum is wrong (sum 1Fh)".
     std::vector<IpmiFruField> fields;    ///< Of chassis, board and product.
     std::shared_ptr<IpmiFruMulti> multi; ///< Of MULTI, unless it is unusable.
@@ -45,8 +46,11 @@ struct IpmiFruContents
     /// 0; the completion code of the first exchange, -1 without an answer: then
     /// there is nothing else.
     int result = 0;
-    unsigned size = 0;                 ///< Bytes, as the device says.
-    bool byWords = false;              ///< How it is accessed.
+    unsigned size = 0;    ///< Bytes, as the device says.
+    bool byWords = false; ///< How it is accessed.
+    /// What ended a read: 0 its end, a completion code (C9h: what is asked for
+    /// lies behind the end of the device), -1 without a usable answer.
+    int headerResult = 0;
     std::vector<std::string> problems; ///< Of the common header.
     std::vector<IpmiFruArea> areas;    ///< In the order of the header.
 };

@@ -346,8 +346,9 @@ public:
     static IpmiFruContents getFruAreas(const std::shared_ptr<IpmiFru>& fru);
 
     /// The bytes of a device that is accessed by bytes, as far as they can be
-    /// read; 0 or what ended it: a completion code, -1 without a usable answer.
-    /// Sends.
+    /// read; 0 or what ended it: a completion code, -1 without a usable answer,
+    /// FRU_BY_WORDS. Sends.
+    static constexpr int FRU_BY_WORDS = -2; ///< It is not accessed by bytes.
     static int readFruImage(int node, const std::shared_ptr<IpmiFru>& fru,
                             std::vector<unsigned char>& bytes);
     static int readFruImage(const std::shared_ptr<IpmiFru>& fru,

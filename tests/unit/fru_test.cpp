@@ -391,7 +391,7 @@ TEST(Fru, aWholeImageWithItsFaults)
          "!its checksum is wrong (sum 01h)!its format version 02h is not "
          "known"},
         {"no length", imageOf(3, noLength), "!its length is 0"},
-        {"an area cut short", imageOf(3, cut), "!it cannot be read (C9h)"},
+        {"an area cut short", imageOf(3, cut), "!it runs past the end (C9h)"},
         {"a field past the end",
          imageOf(2, sound({1, 1, 0x17, 0xc2, 'a', 'b', 0xff})),
          "type=Rack Mount Chassis;part number=ab;!its field \"serial number\" "
@@ -406,7 +406,7 @@ TEST(Fru, aWholeImageWithItsFaults)
         {"internal use", imageOf(1, {1, 2, 3}), ""},
         {"an empty header", imageOf(7, {}),
          "!its header's checksum is wrong (sum FFh)"},
-        {"nothing", {}, "!its header: it cannot be read (C9h)"},
+        {"nothing", {}, "!its header: it runs past the end (C9h)"},
         {"erased", Bytes(16, 0xff), "!its format version FFh is not known"},
     };
     for (const auto& c : cases) {
