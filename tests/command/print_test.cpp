@@ -7,12 +7,24 @@
 #include "tools/print/completion_codes.h"
 #include "tools/print/info.h"
 #include "tools/print/self_test.h"
+#include "tools/print/terminal.h"
 #include "tools/print/text.h"
 
 namespace Tool
 {
 namespace
 {
+
+TEST(Terminal, textIsBrokenToItsWidth)
+{
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(wrapped("as it is", 8), (Lines{"as it is"}));
+    EXPECT_EQ(wrapped("at blanks, and", 8), (Lines{"at", "blanks,", "and"}));
+    EXPECT_EQ(wrapped("wherever", 3), (Lines{"whe", "rev", "er"}));
+    EXPECT_EQ(wrapped(" Gr\u00f6\u00dfe", 3), (Lines{" Gr", "\u00f6\u00dfe"}));
+    EXPECT_EQ(wrapped("\u6f22\u5b57", 1), (Lines{"\u6f22", "\u5b57"}));
+    EXPECT_EQ(wrapped("", 1), (Lines{""}));
+}
 
 TEST(CompletionCodes, standInNumericOrderOnceEach)
 {

@@ -95,4 +95,14 @@ void check(const std::vector<Case>& cases)
         check(c);
 }
 
+void checkInFolder(const std::vector<Case>& cases)
+{
+    for (Case c : cases) {
+        const std::string line = std::string{"d=$(mktemp -d); cd $d; ( "} +
+                                 c.line + " ); s=$?; rm -r $d; exit $s";
+        c.line = line.c_str();
+        check({c});
+    }
+}
+
 } // namespace Tool

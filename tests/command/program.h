@@ -28,6 +28,8 @@ struct Case
 };
 
 void check(const std::vector<Case>& cases);
+/// Each in an empty folder of its own.
+void checkInFolder(const std::vector<Case>& cases);
 
 } // namespace Tool
 

@@ -9,17 +9,6 @@ namespace Tool
 namespace
 {
 
-// Each in an empty folder of its own.
-void checkInFolder(const std::vector<Case>& cases)
-{
-    for (Case c : cases) {
-        const std::string line = std::string{"d=$(mktemp -d); cd $d; ( "} +
-                                 c.line + " ); s=$?; rm -r $d; exit $s";
-        c.line = line.c_str();
-        check({c});
-    }
-}
-
 TEST(Sel, isListedInWords)
 {
     check({

@@ -152,6 +152,11 @@ uint8_t typeOf(const Bytes& record)
     return record.size() > typeAt ? record[typeAt] : uint8_t{0};
 }
 
+std::string nameOf(const Bytes& record)
+{
+    return nameOf(record, rowOf(typeOf(record)).nameAt);
+}
+
 std::unique_ptr<Ipmi::IpmiSensor> makeSensor(Bytes record)
 {
     record.resize(

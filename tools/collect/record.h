@@ -36,6 +36,9 @@ struct Record
 /// Its type byte; 0 when it is too short for one.
 uint8_t typeOf(const Bytes& record);
 
+/// Its name as text; empty for a type that has none.
+std::string nameOf(const Bytes& record);
+
 /// The library's object for a full, compact or event-only record; of a longer
 /// one than it takes the beginning.
 std::unique_ptr<Ipmi::IpmiSensor> makeSensor(Bytes record);

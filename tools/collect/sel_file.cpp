@@ -220,6 +220,17 @@ bool isOrBecomesFile(const std::string& path)
     return stat(path.c_str(), &found) != 0 || S_ISREG(found.st_mode);
 }
 
+std::string pathFor(const std::string& path, bool isWhole)
+{
+    return isWhole || !isOrBecomesFile(path) ? path : path + partialEnding;
+}
+
+void removeOld(const std::string& path)
+{
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+}
+
 void writeFiles(const std::vector<FileContents>& files)
 {
     std::list<Replacement> replacements;

@@ -35,6 +35,13 @@ struct FileContents
 /// @throws Failure
 void writeFiles(const std::vector<FileContents>& files);
 
+/// Where to write what is not whole: what may be is not replaced by it.
+constexpr char partialEnding[] = ".partial";
+std::string pathFor(const std::string& path, bool isWhole);
+
+/// Whether it is there or not.
+void removeOld(const std::string& path);
+
 /// Whether writing would make or replace a file.
 bool isOrBecomesFile(const std::string& path);
 

@@ -14,6 +14,40 @@ Discovery readDiscovery(Device& device)
     return discovery;
 }
 
+namespace
+{
+
+// A controller without a repository has no names to tell: that is no failure.
+bool hasRepository(Device& device)
+{
+    constexpr uint8_t unsupported = 0xC1;
+    const Completion completion =
+        device.exchange(commands::getSdrRepositoryInfo, {}).completion;
+    return !completion.answered || completion.code != unsupported;
+}
+
+} // namespace
+
+bool readForNames(Device& device, const char* unnamed,
+                  std::vector<Failure>& gaps)
+{
+    if (!hasRepository(device)) {
+        gaps.push_back({Status::done,
+                        "the controller has no sensor data repository",
+                        unnamed});
+        return true;
+    }
+    try {
+        const Repository repository = readRecordsOnly(device);
+        if (repository.missing() == 0)
+            return true;
+        gaps.push_back({Status::failed, missingText(repository), unnamed});
+    } catch (const Failure& failure) {
+        gaps.push_back({Status::failed, failure.what, unnamed});
+    }
+    return false;
+}
+
 std::string missingText(const Repository& repository)
 {
     const auto text = [](unsigned count) {

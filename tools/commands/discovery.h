@@ -18,6 +18,13 @@ struct Discovery
 /// @throws Failure without a repository.
 Discovery readDiscovery(Device& device);
 
+/// Reads the repository for the names in its records. What is lacking goes to
+/// `gaps`, with `unnamed` on what that means; a controller without a
+/// repository lacks nothing.
+/// @return whether all records were read that there are.
+bool readForNames(Device& device, const char* unnamed,
+                  std::vector<Failure>& gaps);
+
 /// "only 90 of 105 sensor data records were read (...)"
 std::string missingText(const Repository& repository);
 

@@ -5,7 +5,6 @@
 #include "tools/collect/sel_file.h"
 #include "tools/commands/discovery.h"
 #include "tools/commands/sel.h"
-#include "tools/print/completion_codes.h"
 
 namespace Tool
 {
@@ -31,33 +30,9 @@ void noteLog(SelContents& contents)
          "Try again; --verbose shows the codes that the controller gave."});
 }
 
-// A controller without a repository has no names to tell: that is no failure.
-bool hasRepository(Device& device)
-{
-    constexpr uint8_t unsupported = 0xC1;
-    const Completion completion =
-        device.exchange(commands::getSdrRepositoryInfo, {}).completion;
-    return !completion.answered || completion.code != unsupported;
-}
-
 void readSensors(Device& device, SelContents& contents)
 {
-    if (!hasRepository(device)) {
-        contents.gaps.push_back({Status::done,
-                                 "the controller has no sensor data repository",
-                                 unnamed});
-        return;
-    }
-    try {
-        const Repository repository = readRecordsOnly(device);
-        contents.hasAllSensors = repository.missing() == 0;
-        if (!contents.hasAllSensors)
-            contents.gaps.push_back(
-                {Status::failed, missingText(repository), unnamed});
-    } catch (const Failure& failure) {
-        contents.hasAllSensors = false;
-        contents.gaps.push_back({Status::failed, failure.what, unnamed});
-    }
+    contents.hasAllSensors = readForNames(device, unnamed, contents.gaps);
     contents.sensorRecords = sensorRecordsOfNode();
 }
 

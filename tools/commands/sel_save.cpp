@@ -1,7 +1,6 @@
 // vek-ipmi sel save FILE
 #include <CLI/CLI.hpp>
 
-#include <filesystem>
 #include <memory>
 
 #include "tools/collect/sel_file.h"
@@ -28,20 +27,6 @@ struct Saved
     size_t records = 0;
 };
 
-void removeOld(const std::string& path)
-{
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
-}
-
-// What is not whole does not replace what may be.
-constexpr char partial[] = ".partial";
-
-std::string pathFor(const std::string& path, bool isWhole)
-{
-    return isWhole || !isOrBecomesFile(path) ? path : path + partial;
-}
-
 // Names from before, perhaps another server's, would be false beside a log
 // without any; and what was partial is no longer needed.
 void removeStale(const SelContents& contents, const Saved& saved)
@@ -50,12 +35,12 @@ void removeStale(const SelContents& contents, const Saved& saved)
     if (!isOrBecomesFile(saved.log))
         return;
     if (contents.log.complete) {
-        removeOld(saved.log + partial);
-        removeOld(sensorsBeside(saved.log + partial));
+        removeOld(saved.log + partialEnding);
+        removeOld(sensorsBeside(saved.log + partialEnding));
     }
     if (!contents.hasAllSensors)
         return;
-    removeOld(sensors + partial);
+    removeOld(sensors + partialEnding);
     if (saved.sensors.empty())
         removeOld(sensors);
 }

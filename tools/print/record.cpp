@@ -23,17 +23,6 @@ std::vector<Cell> cellsOf(const Record& record)
             {record.name}};
 }
 
-std::string indented(const std::string& lines)
-{
-    std::string text = "  ";
-    for (size_t i = 0; i < lines.size(); ++i) {
-        text += lines[i];
-        if (lines[i] == '\n' && i + 1 != lines.size())
-            text += "  ";
-    }
-    return text;
-}
-
 } // namespace
 
 std::string toTable(const std::vector<Record>& records, bool raw,

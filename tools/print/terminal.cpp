@@ -116,4 +116,40 @@ std::string cutToWidth(const std::string& text, size_t width)
     }
 }
 
+namespace
+{
+
+// How many bytes of the text fit; at least one character's.
+size_t fittingBytes(const std::string& text, size_t width)
+{
+    size_t at = 0, used = 0;
+    while (at < text.size()) {
+        const Character character = characterAt(text, at);
+        used += character.width;
+        if (used > width && at != 0)
+            break;
+        at += character.length;
+    }
+    return at;
+}
+
+} // namespace
+
+std::vector<std::string> wrapped(const std::string& text, size_t width)
+{
+    std::vector<std::string> lines;
+    std::string rest = text;
+    while (widthOf(rest) > width) {
+        const size_t end = fittingBytes(rest, width);
+        if (end == rest.size()) // A character that is too wide.
+            break;
+        const size_t blank = rest.rfind(' ', end);
+        const bool atBlank = blank != 0 && blank != std::string::npos;
+        lines.push_back(rest.substr(0, atBlank ? blank : end));
+        rest.erase(0, atBlank ? blank + 1 : end);
+    }
+    lines.push_back(rest);
+    return lines;
+}
+
 } // namespace Tool

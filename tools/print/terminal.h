@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace Tool
 {
@@ -45,6 +46,9 @@ size_t widthOf(const std::string& text);
 
 /// The text itself, or its beginning with an ellipsis.
 std::string cutToWidth(const std::string& text, size_t width);
+
+/// The text in lines of that width, broken at blanks where there are any.
+std::vector<std::string> wrapped(const std::string& text, size_t width);
 
 } // namespace Tool
 

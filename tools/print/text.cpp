@@ -78,6 +78,17 @@ std::string hexDump(const Bytes& bytes, size_t perLine)
     return text;
 }
 
+std::string indented(const std::string& lines)
+{
+    std::string text = "  ";
+    for (size_t i = 0; i < lines.size(); ++i) {
+        text += lines[i];
+        if (lines[i] == '\n' && i + 1 != lines.size())
+            text += "  ";
+    }
+    return text;
+}
+
 std::string printable(std::string_view bytes)
 {
     while (!bytes.empty() && bytes.back() == '\0')

@@ -21,6 +21,9 @@ std::string hexByte(uint8_t value);
 /// "20 01 bf": `perLine` bytes a line, each line ended.
 std::string hexDump(const Bytes& bytes, size_t perLine = 16);
 
+/// Each line behind two blanks.
+std::string indented(const std::string& lines);
+
 /// A text of the controller's as UTF-8 that a terminal and a JSON document
 /// can take: trailing NULs are dropped; control characters and bytes that are
 /// no UTF-8 become \xNN, a backslash \\.
