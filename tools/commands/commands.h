@@ -26,6 +26,7 @@ void addSdr(CLI::App& app, Run& run);
 void addSel(CLI::App& app, Run& run);
 void addEntities(CLI::App& app, Run& run);
 void addLan(CLI::App& app, Run& run);
+void addFru(CLI::App& app, Run& run);
 void addHealth(CLI::App& app, Run& run);
 void addCapture(CLI::App& app, Run& run);
 

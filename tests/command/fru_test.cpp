@@ -1,0 +1,153 @@
+// vek-ipmi fru
+#include <gtest/gtest.h>
+
+#include "tests/command/program.h"
+
+namespace Tool
+{
+namespace
+{
+
+TEST(Fru, isShownDeviceByDevice)
+{
+    check({
+        {"all", "$sim -- $tool fru", 0, "@fru.txt", ""},
+        {"as JSON", "$sim -- $tool fru psu2 --json", 0, "@fru.json", ""},
+        {"what is not as usual, as JSON",
+         "$sim -- $tool fru --json | sed -n '/\"deviceId\": [6-9]/,/\"areas/p;"
+         "/\"deviceId\": 10/,$p'",
+         0, "@fru-more.json", ""},
+        {"each device is read once, and no sensor",
+         "$sim --count -- $tool fru 2>&1 >/dev/null | grep -cE "
+         "'(get-fru-inventory-area-info +12|reserve-sdr-repository +1)$|"
+         "get-sensor'",
+         0, "2\n", ""},
+        {"one alone, without the records",
+         "$sim --count -- $tool fru 4 --no-names 2>&1 | sed -n '1,3p;/sdr/p'",
+         0,
+         "FRU device 4\n  Size                  128 bytes\n"
+         "  Board date            2023-01-20T00:00:00Z\n",
+         ""},
+    });
+}
+
+TEST(Fru, isChosenByNumberOrName)
+{
+    const struct
+    {
+        const char *device, *head;
+    } cases[] = {
+        {"3", "Chassis (FRU device 3)"},
+        {"0x0a", "Front Panel (FRU device 10)"},
+        {"'riser 1'", "Riser 1 (FRU device 4)"},
+        {"0@0x72", "Backplane (FRU device 0 of 72h on channel 6)"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(
+            shell(std::string{"$sim -- $tool fru "} + c.device + " | head -n 1")
+                .out,
+            std::string{c.head} + "\n");
+    check({
+        {"none", "$sim -- $tool fru psu", 1, "",
+         "no FRU device 'psu'.*\n  0  Baseboard\n.*\n  0@0x72  Backplane"},
+        {"no such number", "$sim -- $tool fru 77", 3, "",
+         "device 77 is not there: CBh.*\n  List"},
+        {"no names for a name", "$sim -- $tool fru psu1 --no-names", 1, "",
+         "goes with the number"},
+    });
+}
+
+// Twins, one of them physical; all kinds of faults in what devices hold.
+constexpr char profile[] = R"sh(
+echo '{"identity": {"manufacturer": 0}, "repository": {"records": [
+ {"type": "fru-locator", "fru": 0, "entity": "power-supply", "name": "TWIN"},
+ {"type": "fru-locator", "fru": 3, "entity": "power-supply", "name": "TWIN"},
+ {"type": "fru-locator", "fru": 1, "entity": "system-board", "name": "ODD"},
+ {"type": "fru-locator", "fru": 2, "entity": "disk", "name": "WORD"},
+ {"type": "fru-locator", "logicalFru": false, "fru": 160, "name": "EEPROM"},
+ {"type": "fru-locator", "fru": 4, "entity": "disk", "name": "EMPTY"}]},
+ "frus": [
+ {"device": 0, "size": 256, "corrupt": ["header-checksum", "record-checksum"],
+  "board": {"name": {"encoding": "binary", "data": "00 11 22 33 44 55 66 77"}},
+  "multi": [{"type": "power-supply", "inrushCurrent": 255},
+            {"type": "0x0b", "data": "01 02"}]},
+ {"device": 1, "size": 64, "corrupt": ["chassis-length"],
+  "chassis": {"type": "rack-mount"}, "product": {"name": "still there"}},
+ {"device": 2, "access": "word", "size": 32, "board": {"name": "a b"}},
+ {"device": 3, "raw": "ff ff ff ff ff ff ff ff"},
+ {"device": 4, "raw": "01 00 00 00 00 00 00 ff"}]}' >p.json
+)sh";
+
+TEST(Fru, withFaultsIsShownAndToldSo)
+{
+    const std::string faults = std::string{profile} +
+                               "$sim --profile p.json -- $tool fru",
+                      twins = faults + " twin";
+    checkInFolder({
+        {"what devices hold", faults.c_str(), 4, "@fru-faults.txt",
+         "'WORD' .* accessed by words"},
+        {"twins", twins.c_str(), 1, "",
+         "fits 2 FRU devices.*\n  0  TWIN\n  3  TWIN"},
+        {"a part is not read, the others are",
+         "$sim --fault cmd=read-fru-data,data=00:08,cc=c0 -- $tool fru 0 >a; "
+         "s=$?; sed -n '4,5p' a; exit $s",
+         4,
+         "  Chassis problem       it cannot be read (C0h)\n"
+         "  Board date            2023-03-01T08:15:00Z\n",
+         "'Baseboard' .* to the end"},
+        {"a device does not answer, the others do",
+         "$sim --fault cmd=get-fru-inventory-area-info,data=01,cc=c3 -- "
+         "$tool fru >a; s=$?; sed -n '/^PSU1/,/^PSU2/p;$p' a; exit $s",
+         4,
+         "PSU1 (FRU device 1)\n  Entity                Power Supply 1\n"
+         "  Contents              not read: C3h: timeout while processing the "
+         "command, no answer available\n\nPSU2 (FRU device 2)\n"
+         "12 FRU devices, 2 not present, 1 not read to the end\n",
+         "'PSU1' .* was not read: C3h"},
+        {"without a repository",
+         "$sim --fault netfn=0a,cmd=20,cc=c1 -- $tool fru | tail -n 1", 0,
+         "1 FRU device\n", "no sensor data repository"},
+        {"records that cannot be read",
+         "$sim --fault netfn=0a,cmd=20,cc=c0 -- $tool fru psu1", 4, "",
+         "not read: C0h.*no FRU device 'psu1' among the records"},
+        {"no FRU commands", "$sim --profile minimal -- $tool fru", 3, "",
+         "FRU device 0 was not read: C1h.*\n  This controller lacks"},
+    });
+}
+
+TEST(Fru, thatIsSavedReadsTheSame)
+{
+    const std::string word =
+        std::string{profile} + "$sim --profile p.json -- $tool fru save word F";
+    checkInFolder({
+        {"as text, and as ipmitool saves it",
+         "$sim -- $tool fru save psu2 F; $sim -- ipmitool fru read 2 G >a; cmp "
+         "F G; $sim -- $tool fru psu2 | tail -n +3 >a; "
+         "$tool fru decode F | tail -n +2 | cmp a -",
+         0, "256 bytes of 'PSU2' (FRU device 2) in F\n", ""},
+        {"as JSON",
+         "$sim -- $tool fru save 4 F --json >a; $tool fru decode F --json", 0,
+         "@fru-image.json", ""},
+        {"another controller's, to a pipe",
+         "$sim -- $tool fru save backplane /dev/stdout | wc -c", 0, "256\n",
+         ""},
+        {"not to the end",
+         "echo old >F; $sim --fault cmd=read-fru-data,data=01:2?,cc=d5 -- "
+         "$tool fru save 1 F --no-names; s=$?; cat F; wc -c <F.partial; "
+         "$tool fru decode F.partial | tail -n 2; exit $s",
+         4,
+         "32 bytes of FRU device 1 in F.partial\nold\n32\n"
+         "  Board problem         it runs past the end (C9h)\n"
+         "  Records' problem      it has no last record\n",
+         "not read to the end: D5h"},
+        {"not present", "$sim -- $tool fru save 7 F; s=$?; ls; exit $s", 3, "",
+         "'DIMM C1' .* not saved: CBh"},
+        {"by words", word.c_str(), 4, "", "accessed by words"},
+        {"no image", "$tool fru decode /etc/passwd", 4, "",
+         "no FRU image: its format version 72h"},
+        {"no file", "$tool fru decode F", 4, "", "cannot read F: No such"},
+    });
+}
+
+} // namespace
+} // namespace Tool

@@ -1,0 +1,137 @@
+// vek-ipmi fru [DEVICE]
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+#include "tools/commands/commands.h"
+#include "tools/commands/fru.h"
+#include "tools/print/completion_codes.h"
+#include "tools/print/fru.h"
+#include "tools/print/fru_words.h"
+#include "tools/print/output.h"
+
+namespace Tool
+{
+
+namespace
+{
+
+// Alone it is the whole result: there is nothing to show beside it.
+void requireAny(const std::vector<FruDevice>& devices)
+{
+    if (devices.size() != 1)
+        return;
+    const FruDevice& device = devices.front();
+    const bool isNoDevice = device.isAbsent() && !device.locator.isRecord;
+    if (!device.locator.isLogical || device.completion.ok() ||
+        (device.isAbsent() && !isNoDevice))
+        return;
+    Failure failure =
+        failureOf(placeText(device.locator) +
+                      (isNoDevice ? " is not there" : " was not read"),
+                  commands::getFruInventoryAreaInfo, device.completion);
+    if (isNoDevice)
+        failure.next = "List those that are known with: vek-ipmi fru";
+    throw failure;
+}
+
+Failure gapOf(const FruDevice& device)
+{
+    const std::string what = nameText(device.locator) + " was not read";
+    if (!device.completion.ok())
+        return failureOf(what, commands::getFruInventoryAreaInfo,
+                         device.completion);
+    if (device.contents.byWords)
+        return {Status::failed,
+                what + " rightly: it is accessed by words, and what came makes "
+                       "no sense",
+                "No program may read it as this controller means it; try "
+                "another version of its firmware."};
+    return {Status::failed, what + " to the end",
+            "Try again; what could not be read is said there."};
+}
+
+Status run(const FruChoice& choice, const Options& options)
+{
+    std::vector<Failure> gaps;
+    std::vector<FruDevice> devices;
+    {
+        Device device;
+        devices = collectFrus(device, locate(device, choice, gaps));
+    }
+    try {
+        requireAny(devices);
+    } catch (const Failure&) {
+        complainOf(gaps);
+        throw;
+    }
+    if (options.json) {
+        Json json = document("fru");
+        json["devices"] = toJson(devices);
+        put(toText(json));
+    } else {
+        put(toTable(devices, Terminal::ofOutput()) +
+            (choice.device.empty() ? "\n" + countText(devices) + "\n" : ""));
+    }
+    for (Failure& gap : gapsOf(devices))
+        gaps.push_back(std::move(gap));
+    return complainOf(gaps);
+}
+
+constexpr char notes[] =
+    "Of each device all areas with all fields; what is wrong in one is said\n"
+    "there. A device that is not present is no failure.\n\n"
+    "Examples:\n"
+    "  vek-ipmi fru\n"
+    "  vek-ipmi fru psu1\n"
+    "  vek-ipmi fru 0 --no-names\n"
+    "  vek-ipmi fru save 0 main-board.bin && vek-ipmi fru decode "
+    "main-board.bin";
+
+} // namespace
+
+std::vector<Failure> gapsOf(const std::vector<FruDevice>& devices)
+{
+    std::vector<Failure> gaps;
+    for (const FruDevice& device : devices)
+        if (device.isFailed()) {
+            gaps.push_back(gapOf(device));
+            // The others were read: the result is a partial one.
+            gaps.back().status = Status::failed;
+        }
+    return gaps;
+}
+
+void addFru(CLI::App& app, Run& runs)
+{
+    CLI::App* fru = app.add_subcommand(
+        "fru", "What the platform's replaceable parts say about themselves");
+    fru->require_subcommand(0, 1);
+    const auto choice = std::make_shared<FruChoice>();
+    CLI::Option* device =
+        fru->add_option("DEVICE", choice->device, fruHelp)
+            ->check(CLI::Validator{
+                [](const std::string& text) {
+                    return std::string{text.empty() ? "must not be empty" : ""};
+                },
+                ""});
+    CLI::Option* noNames =
+        fru->add_flag("--no-names", choice->noNames, noNamesHelp);
+    addNotes(*fru, notes);
+    addFruSave(*fru, runs);
+    addFruDecode(*fru, runs);
+    fru->callback([fru, device, noNames, choice, &runs] {
+        if (!fru->get_subcommands().empty()) {
+            for (const CLI::Option* option : {device, noNames})
+                if (option->count() != 0)
+                    throw CLI::ExtrasError({option->get_name()});
+            return;
+        }
+        checkChoice(*choice);
+        runs = [choice](const Options& options) {
+            return run(*choice, options);
+        };
+    });
+}
+
+} // namespace Tool

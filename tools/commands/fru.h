@@ -1,0 +1,48 @@
+/// What the subcommands of vek-ipmi fru share.
+#ifndef VEK_TOOLS_COMMANDS_FRU_H
+#define VEK_TOOLS_COMMANDS_FRU_H
+
+#include "tools/collect/fru.h"
+#include "tools/options.h"
+
+namespace CLI
+{
+class App;
+}
+
+namespace Tool
+{
+
+void addFruSave(CLI::App& fru, Run& run);
+void addFruDecode(CLI::App& fru, Run& run);
+
+/// How a command line says which FRU device, and whether its name is wanted.
+struct FruChoice
+{
+    std::string device; ///< Empty: all.
+    bool noNames = false;
+};
+
+constexpr char fruHelp[] =
+    "Its number (decimal or 0x..), NUMBER@ADDRESS for another controller's, or "
+    "its name";
+constexpr char noNamesHelp[] =
+    "Do not read the records that tell its name and entity, which takes longer "
+    "than the device; it is named by its number then";
+
+/// @throws CLI::ValidationError for no names where only they would tell.
+void checkChoice(const FruChoice& choice);
+
+/// Where the chosen devices are; what could not be read of the records goes to
+/// `gaps`.
+/// @throws Failure with status usage for a word that fits none of the devices,
+///     or several; status failed for none while records are missing.
+std::vector<FruLocator> locate(Device& device, const FruChoice& choice,
+                               std::vector<Failure>& gaps);
+
+/// A failure for each device that was not read to its end.
+std::vector<Failure> gapsOf(const std::vector<FruDevice>& devices);
+
+} // namespace Tool
+
+#endif

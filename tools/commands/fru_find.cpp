@@ -1,0 +1,135 @@
+// Finding the FRU device that a person means.
+#include <CLI/CLI.hpp>
+
+#include <functional>
+
+#include "tools/commands/discovery.h"
+#include "tools/commands/fru.h"
+#include "tools/commands/number.h"
+#include "tools/print/fru_words.h"
+#include "tools/print/words.h"
+
+namespace Tool
+{
+
+namespace
+{
+
+using Locators = std::vector<FruLocator>;
+
+Locators select(const Locators& all,
+                const std::function<bool(const FruLocator&)>& fits)
+{
+    Locators found;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(found), fits);
+    return found;
+}
+
+// As a command line takes it.
+std::string numberText(const FruLocator& locator)
+{
+    const std::string id = std::to_string(locator.deviceId);
+    return locator.isOwn() ? id : id + "@0x" + hexByte(locator.address);
+}
+
+// "0@0x72"
+bool readPlace(const std::string& what, uint8_t& id, uint8_t& address)
+{
+    const size_t at = what.find('@');
+    return at != std::string::npos && readByte(what.substr(0, at), id) &&
+           readByte(what.substr(at + 1), address);
+}
+
+// A name in other letters is a guess, so it goes last.
+Locators byName(const Locators& all, const std::string& what)
+{
+    Locators found = select(
+        all, [&](const FruLocator& locator) { return locator.name == what; });
+    if (found.empty())
+        found = select(all, [&](const FruLocator& locator) {
+            return !what.empty() && lowered(locator.name) == lowered(what);
+        });
+    return found;
+}
+
+// A number says it all, with or without a record.
+Locators byNumber(const Locators& all, uint8_t id)
+{
+    const Locators found = select(all, [&](const FruLocator& locator) {
+        return locator.isOwn() && locator.deviceId == id;
+    });
+    return {found.empty() ? fruLocatorOf(id) : found.front()};
+}
+
+Locators candidates(const Locators& all, const std::string& what)
+{
+    uint8_t id = 0, address = 0;
+    if (readByte(what, id))
+        return byNumber(all, id);
+    if (readPlace(what, id, address))
+        return select(all, [&](const FruLocator& locator) {
+            return locator.deviceId == id && locator.address == address;
+        });
+    return byName(all, what);
+}
+
+std::string listOf(const Locators& locators)
+{
+    std::string list;
+    for (const FruLocator& locator : locators)
+        list += (list.empty() ? "" : "\n  ") + numberText(locator) + "  " +
+                (locator.name.empty() ? placeText(locator) : locator.name);
+    return list;
+}
+
+FruLocator find(const Locators& all, const std::string& what, bool isWhole)
+{
+    Locators found = candidates(all, what);
+    if (found.size() == 1)
+        return found.front();
+    const std::string quoted = "'" + what + "'";
+    if (found.size() > 1)
+        throw Failure{Status::usage,
+                      quoted + " fits " + std::to_string(found.size()) +
+                          " FRU devices; name one by its number:",
+                      listOf(found)};
+    if (!isWhole)
+        throw Failure{Status::failed,
+                      "no FRU device " + quoted +
+                          " among the records that could be read",
+                      "Try again, or name it by its number."};
+    throw Failure{Status::usage,
+                  "no FRU device " + quoted + "; there are:", listOf(all)};
+}
+
+constexpr char unnamed[] = "FRU devices of which only their records tell are "
+                           "missing, and names.";
+
+} // namespace
+
+void checkChoice(const FruChoice& choice)
+{
+    uint8_t id = 0;
+    if (choice.noNames && !readByte(choice.device, id))
+        throw CLI::ValidationError(
+            "--no-names", "goes with the number of a device, from 0 to 255");
+}
+
+std::vector<FruLocator> locate(Device& device, const FruChoice& choice,
+                               std::vector<Failure>& gaps)
+{
+    // Records cost hundreds of exchanges, a device some ten; but who asks for
+    // number 3 wants to see what that is.
+    const bool isWhole = choice.noNames || readForNames(device, unnamed, gaps);
+    const Locators all = fruLocators();
+    if (choice.device.empty())
+        return all;
+    try {
+        return {find(all, choice.device, isWhole)};
+    } catch (const Failure&) {
+        complainOf(gaps);
+        throw;
+    }
+}
+
+} // namespace Tool
