@@ -86,6 +86,7 @@ bool parse(int argc, char** argv, Options& options, Run& run, Status& status)
     addSel(app, run);
     addEntities(app, run);
     addLan(app, run);
+    addInventory(app, run);
     addFru(app, run);
     addHealth(app, run);
     addCapture(app, run);

@@ -40,6 +40,11 @@ TEST(Lan, saysWhatCannotBeRead)
         {"silent channels",
          "$sim --count --fault cmd=get-channel-info,cc=c3 -- $tool lan", 4, "",
          "2 channels: C3h.*\n.*\n.*get-channel-info +2\n"},
+        {"one channel is silent",
+         "$sim --fault cmd=get-channel-info,data=02,cc=c3 -- $tool lan | "
+         "tail -n 1 | cut -c -39",
+         0, "Not read              channel 2 (C3h: t\n",
+         "channel 2 was not read"},
         {"everything is refused", FAULT("cc=cc") "lan", 3, "",
          "configuration of LAN channel 1 was not read: CCh"},
         {"a few are",

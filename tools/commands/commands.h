@@ -25,6 +25,7 @@ void addEvents(CLI::App& app, Run& run);
 void addSdr(CLI::App& app, Run& run);
 void addSel(CLI::App& app, Run& run);
 void addEntities(CLI::App& app, Run& run);
+void addInventory(CLI::App& app, Run& run);
 void addLan(CLI::App& app, Run& run);
 void addFru(CLI::App& app, Run& run);
 void addHealth(CLI::App& app, Run& run);

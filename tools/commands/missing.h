@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "tools/collect/os.h"
+#include "tools/collect/info.h"
 
 namespace Tool
 {
@@ -20,6 +20,12 @@ struct Part
 
 Part osNamePart(const OsInfo& os);
 Part osVersionPart(const OsInfo& os);
+
+/// One for each part whose lack is a failure.
+std::vector<Failure> gapsOf(const std::vector<Part>& parts);
+
+/// What an identity lacks.
+std::vector<Failure> gapsOf(const Info& info);
 
 /// One complaint for each part whose lack is a failure; done when there is
 /// none, else failed.

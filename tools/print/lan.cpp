@@ -102,13 +102,14 @@ std::vector<std::string> routerLines(const LanInterface& one)
     return lines;
 }
 
-std::vector<std::string> gapLines(const LanInterface& one)
+void addGaps(Table& table, const std::vector<LanGap>& gaps)
 {
     std::vector<std::string> lines;
-    for (const LanGap& gap : one.gaps)
+    for (const LanGap& gap : gaps)
         lines.push_back(gap.what + " (" + inWords(gap.command, gap.completion) +
                         ")");
-    return lines;
+    if (!lines.empty())
+        table.row("Not read", lines);
 }
 
 std::string channelText(const LanInterface& one)
@@ -128,8 +129,7 @@ std::string toTable(const LanInterface& one)
         table.row("IPv6 addresses", addressLines(one));
     if (!one.routers.empty())
         table.row("IPv6 routers", routerLines(one));
-    if (!one.gaps.empty())
-        table.row("Not read", gapLines(one));
+    addGaps(table, one.gaps);
     return table.text();
 }
 
@@ -166,7 +166,10 @@ std::string toTable(const Lan& lan)
     std::string text;
     for (const LanInterface& one : lan.interfaces)
         text += (text.empty() ? "" : "\n") + toTable(one);
-    return text;
+    Table unknown;
+    addGaps(unknown, lan.gaps());
+    return text + (text.empty() || unknown.text().empty() ? "" : "\n") +
+           unknown.text();
 }
 
 std::vector<Failure> failuresOf(const Lan& lan)
