@@ -12,6 +12,7 @@ TEST(Fru, isShownDeviceByDevice)
 {
     check({
         {"all", "$sim -- $tool fru", 0, "@fru.txt", ""},
+        {"a line each", "$sim -- $tool fru --short", 0, "@fru-short.txt", ""},
         {"as JSON", "$sim -- $tool fru psu2 --json", 0, "@fru.json", ""},
         {"what is not as usual, as JSON",
          "$sim -- $tool fru --json | sed -n '/\"deviceId\": [6-9]/,/\"areas/p;"
@@ -143,6 +144,11 @@ TEST(Fru, thatIsSavedReadsTheSame)
         {"not present", "$sim -- $tool fru save 7 F; s=$?; ls; exit $s", 3, "",
          "'DIMM C1' .* not saved: CBh"},
         {"by words", word.c_str(), 4, "", "accessed by words"},
+        {"nothing but a header",
+         "$sim -- $tool fru save 4 F >a; head -c 8 F >G; $tool fru decode G", 4,
+         "G\n  Size                  8 bytes\n"
+         "  Board problem         it runs past the end (C9h)\n",
+         "none of the areas in G"},
         {"no image", "$tool fru decode /etc/passwd", 4, "",
          "no FRU image: its format version 72h"},
         {"no file", "$tool fru decode F", 4, "", "cannot read F: No such"},

@@ -70,7 +70,8 @@ Status run(const FruChoice& choice, const Options& options)
         json["devices"] = toJson(devices);
         put(toText(json));
     } else {
-        put(toTable(devices, Terminal::ofOutput()) +
+        put((choice.isShort ? toSummary(devices, Terminal::ofOutput())
+                            : toTable(devices, Terminal::ofOutput())) +
             (choice.device.empty() ? "\n" + countText(devices) + "\n" : ""));
     }
     for (Failure& gap : gapsOf(devices))
@@ -82,7 +83,7 @@ constexpr char notes[] =
     "Of each device all areas with all fields; what is wrong in one is said\n"
     "there. A device that is not present is no failure.\n\n"
     "Examples:\n"
-    "  vek-ipmi fru\n"
+    "  vek-ipmi fru --short\n"
     "  vek-ipmi fru psu1\n"
     "  vek-ipmi fru 0 --no-names\n"
     "  vek-ipmi fru save 0 main-board.bin && vek-ipmi fru decode "
@@ -117,12 +118,14 @@ void addFru(CLI::App& app, Run& runs)
                 ""});
     CLI::Option* noNames =
         fru->add_flag("--no-names", choice->noNames, noNamesHelp);
+    CLI::Option* isShort =
+        fru->add_flag("--short", choice->isShort, "A line for each device");
     addNotes(*fru, notes);
     addFruSave(*fru, runs);
     addFruDecode(*fru, runs);
-    fru->callback([fru, device, noNames, choice, &runs] {
+    fru->callback([fru, device, noNames, isShort, choice, &runs] {
         if (!fru->get_subcommands().empty()) {
-            for (const CLI::Option* option : {device, noNames})
+            for (const CLI::Option* option : {device, noNames, isShort})
                 if (option->count() != 0)
                     throw CLI::ExtrasError({option->get_name()});
             return;

@@ -21,6 +21,7 @@ struct FruChoice
 {
     std::string device; ///< Empty: all.
     bool noNames = false;
+    bool isShort = false; ///< A line each.
 };
 
 constexpr char fruHelp[] =

@@ -1,6 +1,7 @@
 // vek-ipmi fru save DEVICE FILE, fru decode FILE
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <memory>
 
 #include "tools/collect/sel_file.h"
@@ -95,6 +96,25 @@ Status save(const Arguments& arguments, const Options& options)
     return complainOf(gaps);
 }
 
+bool isDecoded(const Ipmi::IpmiFruArea& area)
+{
+    return !area.fields.empty() || area.multi ||
+           (area.kind == Ipmi::IpmiFruArea::INTERNAL && !area.bytes.empty());
+}
+
+// An image without any area says so, and that is all that it says.
+Status complainOfNothing(const std::string& file,
+                         const Ipmi::IpmiFruContents& contents)
+{
+    const auto& areas = contents.areas;
+    if (areas.empty() || std::any_of(areas.begin(), areas.end(), isDecoded))
+        return Status::done;
+    return complainOf(
+        {{Status::failed,
+          "none of the areas in " + printable(file) + " could be decoded",
+          "Save it again, if that device is still there."}});
+}
+
 Status decode(const std::string& file, const Options& options)
 {
     const Bytes bytes = readFile(file);
@@ -108,13 +128,13 @@ Status decode(const std::string& file, const Options& options)
                       "read' wrote."};
     if (!options.json) {
         put(toTable(file, contents, Terminal::ofOutput()));
-        return Status::done;
+        return complainOfNothing(file, contents);
     }
     Json json = document("fru-image");
     json["file"] = printable(file);
     json.update(toJson(contents));
     put(toText(json));
-    return Status::done;
+    return complainOfNothing(file, contents);
 }
 
 constexpr char saveNotes[] =

@@ -25,13 +25,6 @@ Locators select(const Locators& all,
     return found;
 }
 
-// As a command line takes it.
-std::string numberText(const FruLocator& locator)
-{
-    const std::string id = std::to_string(locator.deviceId);
-    return locator.isOwn() ? id : id + "@0x" + hexByte(locator.address);
-}
-
 // "0@0x72"
 bool readPlace(const std::string& what, uint8_t& id, uint8_t& address)
 {
@@ -77,7 +70,7 @@ std::string listOf(const Locators& locators)
 {
     std::string list;
     for (const FruLocator& locator : locators)
-        list += (list.empty() ? "" : "\n  ") + numberText(locator) + "  " +
+        list += (list.empty() ? "" : "\n  ") + fruNumber(locator) + "  " +
                 (locator.name.empty() ? placeText(locator) : locator.name);
     return list;
 }

@@ -13,6 +13,10 @@ namespace Tool
 std::string toTable(const std::vector<FruDevice>& devices,
                     const Terminal& terminal);
 
+/// A line for each, of the first area that tells what it is.
+std::string toSummary(const std::vector<FruDevice>& devices,
+                      const Terminal& terminal);
+
 /// "12 FRU devices, 2 not present"
 std::string countText(const std::vector<FruDevice>& devices);
 

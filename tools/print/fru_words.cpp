@@ -67,6 +67,12 @@ std::string fieldLabel(Kind kind, const std::string& name)
     return std::string{kinds[kind].label} + " " + (isDouble ? "name" : label);
 }
 
+std::string fruNumber(const FruLocator& locator)
+{
+    const std::string id = std::to_string(locator.deviceId);
+    return locator.isOwn() ? id : id + "@0x" + hexByte(locator.address);
+}
+
 std::string placeText(const FruLocator& locator)
 {
     if (!locator.isLogical)
