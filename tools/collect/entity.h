@@ -29,8 +29,7 @@ struct Entity
 {
     EntityId id;
     std::string name, alertClass;
-    /// Containers of entities that contain some themselves are joined: an
-    /// entity may be contained several times, and in itself.
+    /// An entity may be in several containers, and in itself.
     std::vector<EntityId> contains, containedIn;
     std::vector<EntityMember> sensors, frus, devices;
 };
