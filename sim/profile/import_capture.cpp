@@ -144,10 +144,9 @@ constexpr Lesson lessons[] = {
 };
 
 /// The state as a profile can say it; none when it cannot.
-std::optional<BmcState> written(const BmcState& state)
+std::optional<BmcState> written(const BmcState& state, Mistakes& mistakes)
 {
-    Mistakes unused;
-    auto again = readProfile(writeProfile({"", state, {}}), unused);
+    auto again = readProfile(writeProfile({"", state, {}}), mistakes);
     return again ? std::make_optional(std::move(again->state)) : std::nullopt;
 }
 
@@ -164,7 +163,8 @@ void learn(BmcState& state, const Lesson& lesson, const FixedAnswer& from)
     own.messaging = state.messaging;
     own.channels = state.channels;
     lesson.learn(own, from.data, data);
-    if (!written(own))
+    Mistakes unused;
+    if (!written(own, unused))
         return;
     state.identity = std::move(own.identity);
     state.systemInfo = std::move(own.systemInfo);
@@ -292,11 +292,9 @@ std::optional<Profile> importCapture(const Bytes& dump, Mistakes& mistakes)
     for (SdrRecord& record : records)
         for (Sensor& sensor : record.sensors)
             learnSensor(sensor);
-    auto bare = written(withoutAnswers(state));
-    if (!bare) {
-        mistakes.push_back({"", "its sensors answer what no profile can say"});
+    auto bare = written(withoutAnswers(state), mistakes);
+    if (!bare)
         return std::nullopt;
-    }
     Bmc bmc{std::move(*bare)};
     dropAnswers(state, &bmc);
     for (BmcState& satellite : state.satellites)

@@ -1,10 +1,8 @@
 #include "tools/collect/anonymize.h"
 
 #include <algorithm>
-#include <cctype>
 #include <iterator>
 #include <map>
-#include <regex>
 
 namespace Tool
 {
@@ -13,6 +11,8 @@ namespace
 {
 
 // ---- FRU devices (FRU Information Storage Definition v1.0 r1.3) ----
+
+constexpr size_t unit = 8;
 
 /// A part of a device's bytes.
 struct Span
@@ -25,7 +25,7 @@ struct MaskedArea
     size_t headerAt;    ///< Where the common header has its offset.
     size_t firstField;  ///< From the area's start on.
     uint8_t masked;     ///< A bit for each field that is masked.
-    size_t customField; ///< The number of the first that may hold anything.
+    size_t customField; ///< From this one on a field may hold anything.
 };
 
 constexpr MaskedArea maskedAreas[] = {
@@ -34,24 +34,30 @@ constexpr MaskedArea maskedAreas[] = {
     {4, 3, 0x30, 7}, // product: serial number, asset tag
 };
 
-constexpr size_t unit = 8;
-
-// What a checksum is of keeps its sum.
+// What a checksum is of keeps its sum, if all of it is there.
 class SumKept
 {
 public:
     SumKept(Bytes& bytes, Span span, size_t checksumAt)
         : bytes_{bytes}, span_{span}, at_{checksumAt}, sum_{sum()}
     {}
-    ~SumKept() { bytes_[at_] = uint8_t(bytes_[at_] + sum_ - sum()); }
+    ~SumKept()
+    {
+        if (isThere())
+            bytes_[at_] = uint8_t(bytes_[at_] + sum_ - sum());
+    }
     SumKept(const SumKept&) = delete;
     SumKept& operator=(const SumKept&) = delete;
 
 private:
+    bool isThere() const
+    {
+        return span_.end <= bytes_.size() && at_ < bytes_.size();
+    }
     uint8_t sum() const
     {
         uint8_t sum = 0;
-        for (size_t i = span_.begin; i < span_.end; ++i)
+        for (size_t i = span_.begin; isThere() && i < span_.end; ++i)
             sum = uint8_t(sum + bytes_[i]);
         return sum;
     }
@@ -62,44 +68,29 @@ private:
     uint8_t sum_;
 };
 
-// Whether a text has an address in it: twelve hexadecimal digits in pairs, or
-// four numbers with dots.
-bool holdsAddress(const Bytes& bytes, Span field)
-{
-    static const std::regex address{
-        "([0-9A-Fa-f]{2}[:-]?){5}[0-9A-Fa-f]{2}|([0-9]{1,3}[.]){3}[0-9]{1,3}"};
-    const auto at = [&](size_t i) {
-        return bytes.begin() + std::ptrdiff_t(i);
-    };
-    const std::string text{at(field.begin), at(field.end)};
-    return std::regex_search(text, address);
-}
-
 // "XXXX" in its own encoding (13.): 8-bit, 6-bit packed, BCD plus and binary.
 void mask(uint8_t encoding, Bytes& bytes, Span field)
 {
     constexpr uint8_t packed[] = {0x38, 0x8E, 0xE3}; // three of four "X"
     constexpr uint8_t sixBit = 2, eightBit = 3;
-    for (size_t i = field.begin; i < field.end; ++i)
+    for (size_t i = field.begin; i < std::min(field.end, bytes.size()); ++i)
         bytes[i] = encoding == eightBit ? uint8_t{'X'}
                    : encoding == sixBit ? packed[(i - field.begin) % 3]
                                         : uint8_t{0};
 }
 
-// A field that leaves the area, or an end mark, ends the walk.
+// An end mark ends the walk. A field that leaves the area, or what could be
+// read of the device, is masked as far as it goes.
 void maskFields(const MaskedArea& area, Bytes& bytes, Span where)
 {
-    constexpr uint8_t endMark = 0xC1, length = 0x3F, eightBit = 3;
+    constexpr uint8_t endMark = 0xC1, length = 0x3F;
     size_t at = where.begin + area.firstField;
-    for (size_t i = 0; at < where.end && bytes[at] != endMark; ++i) {
-        const Span field{at + 1, at + 1 + (bytes[at] & length)};
-        if (field.end > where.end)
+    for (size_t i = 0; at < std::min(where.end, bytes.size()); ++i) {
+        if (bytes[at] == endMark)
             return;
-        const uint8_t encoding = bytes[at] >> 6;
-        const bool isSerial = i < 8 && area.masked >> i & 1;
-        if (isSerial || (i >= area.customField && encoding == eightBit &&
-                         holdsAddress(bytes, field)))
-            mask(encoding, bytes, field);
+        const Span field{at + 1, at + 1 + (bytes[at] & length)};
+        if (i >= area.customField || area.masked >> i & 1)
+            mask(bytes[at] >> 6, bytes, field);
         at = field.end;
     }
 }
@@ -110,10 +101,9 @@ void maskArea(const MaskedArea& area, Bytes& bytes)
     const size_t begin = bytes[area.headerAt] * unit;
     if (begin == 0 || begin + lengthAt >= bytes.size())
         return;
-    const size_t end =
-        std::min(bytes.size(), begin + bytes[begin + lengthAt] * unit);
-    if (end < begin + area.firstField + 1)
-        return;
+    // Where a length is left out, the fields' own end mark ends the area.
+    const size_t length = bytes[begin + lengthAt] * unit;
+    const size_t end = length == 0 ? bytes.size() + 1 : begin + length;
     const SumKept checksum{bytes, {begin, end}, end - 1};
     maskFields(area, bytes, {begin, end - 1});
 }
@@ -122,14 +112,13 @@ void maskArea(const MaskedArea& area, Bytes& bytes)
 void maskManagementAccess(Bytes& bytes, size_t at)
 {
     constexpr uint8_t managementAccess = 0x03, sizeAt = 2, sumAt = 3,
-                      headerSumAt = 4, headerSize = 5;
+                      headerSumAt = 4, headerSize = 5, eightBit = 3;
     const Span data{at + headerSize, at + headerSize + bytes[at + sizeAt]};
-    if (bytes[at] != managementAccess || data.end > bytes.size())
+    if (bytes[at] != managementAccess)
         return;
     const SumKept header{bytes, {at, data.begin}, at + headerSumAt};
-    const SumKept checksum{bytes, data, at + sumAt};
-    for (size_t i = data.begin + 1; i < data.end; ++i)
-        bytes[i] = 'X';
+    const SumKept checksum{bytes, {at + sumAt, data.end}, at + sumAt};
+    mask(eightBit, bytes, {data.begin + 1, data.end});
 }
 
 void maskRecords(Bytes& bytes)
@@ -147,13 +136,36 @@ void maskRecords(Bytes& bytes)
     }
 }
 
+// Memory modules show their SPD in this place: by its kind, where it holds the
+// serial number (JEDEC Standard 21-C, annexes K and L; JESD400-5).
+struct Spd
+{
+    uint8_t kind;
+    Span serial;
+};
+
+constexpr size_t spdKindAt = 2;
+constexpr Spd spds[] = {{0x0B, {122, 126}},  // DDR3
+                        {0x0C, {325, 329}},  // DDR4
+                        {0x12, {517, 521}}}; // DDR5
+
+bool hasCommonHeader(const Bytes& bytes)
+{
+    constexpr uint8_t formatMask = 0x0F, format = 0x01;
+    return bytes.size() >= unit && (bytes[0] & formatMask) == format &&
+           bytes[0] >> 4 == 0;
+}
+
 void maskFru(Bytes& bytes)
 {
-    if (bytes.size() < unit)
-        return;
-    for (const MaskedArea& area : maskedAreas)
-        maskArea(area, bytes);
-    maskRecords(bytes);
+    if (hasCommonHeader(bytes)) {
+        for (const MaskedArea& area : maskedAreas)
+            maskArea(area, bytes);
+        return maskRecords(bytes);
+    }
+    for (const Spd& spd : spds)
+        if (bytes.size() > spdKindAt && bytes[spdKindAt] == spd.kind)
+            mask(0, bytes, spd.serial);
 }
 
 // ---- LAN parameters (IPMI v2.0, table 23-4) ----
@@ -178,6 +190,9 @@ constexpr MaskedParameter maskedParameters[] = {
     {68, {0, 16}}, // prefix
     {69, {0, 16}}, // the second one
     {70, {0, 6}},  {72, {0, 16}},
+    {74, {1, 17}}, // dynamic routers, behind their number: address
+    {75, {1, 7}},  // MAC address
+    {77, {1, 17}}, // prefix
 };
 
 // Addresses for documentation and of one's own (RFC 5737, RFC 3849, RFC 7042,
@@ -193,19 +208,17 @@ class Addresses
 public:
     void mask(Bytes& data, Span span)
     {
-        if (data.size() < span.end)
+        span.end = std::min(span.end, data.size());
+        if (span.begin >= span.end)
             return;
         const auto at = [&](size_t i) {
             return data.begin() + std::ptrdiff_t(i);
         };
         const Bytes old{at(span.begin), at(span.end)};
-        const auto isZero = [](uint8_t byte) {
-            return byte == 0;
-        };
-        if (std::all_of(old.begin(), old.end(), isZero))
+        if (std::count(old.begin(), old.end(), 0) == std::ptrdiff_t(old.size()))
             return;
         const auto next = known_.emplace(old, nameless(old)).first;
-        std::copy(next->second.begin(), next->second.end(), at(span.begin));
+        std::copy_n(next->second.begin(), old.size(), at(span.begin));
     }
 
 private:
@@ -216,7 +229,8 @@ private:
             address.assign(std::begin(ipv4), std::end(ipv4));
         else if (old.size() == std::size(mac))
             address.assign(std::begin(mac), std::end(mac));
-        else if (std::equal(std::begin(linkLocal), std::end(linkLocal),
+        else if (old.size() >= 2 &&
+                 std::equal(std::begin(linkLocal), std::end(linkLocal),
                             old.begin()))
             address = {linkLocal[0],
                        linkLocal[1],
@@ -234,17 +248,21 @@ private:
                        0,
                        0,
                        0};
-        address.back() = uint8_t(known_.size() + 1);
+        const size_t number = known_.size() + 1;
+        address.back() = uint8_t(number);
+        if (address.size() > std::size(ipv4))
+            address[address.size() - 2] = uint8_t(number >> 8);
         return address;
     }
 
     std::map<Bytes, Bytes> known_;
 };
 
+// Whatever the encoding; what follows its end is zeros.
 void maskText(Bytes& bytes, size_t from)
 {
     for (size_t i = from; i < bytes.size(); ++i)
-        if (isalnum(bytes[i]))
+        if (bytes[i] != 0)
             bytes[i] = 'X';
 }
 
@@ -262,6 +280,8 @@ void maskParameter(Addresses& addresses, uint8_t number, Bytes& data,
 }
 
 // ---- other answers ----
+
+constexpr uint8_t guidByte = 0x11;
 
 bool is(const CapturedAnswer& one, Command command)
 {
@@ -289,7 +309,7 @@ void maskAnswer(Addresses& addresses, CapturedAnswer& one)
     if (!one.ok())
         return;
     if (is(one, getDeviceGuid) || is(one, getSystemGuid))
-        std::fill(one.answer.begin() + 1, one.answer.end(), uint8_t{0x11});
+        std::fill(one.answer.begin() + 1, one.answer.end(), guidByte);
     else if (is(one, commands::getSystemInfo))
         maskSystemText(one);
     else if (is(one, getLanParameter))
@@ -304,11 +324,24 @@ void maskController(Addresses& addresses, CapturedController& controller)
         maskFru(fru.bytes);
 }
 
+// The controller's GUID (IPMI v2.0, 43.10).
+void maskRecord(Bytes& record)
+{
+    constexpr uint8_t confirmation = 0x13;
+    constexpr size_t typeAt = 3, guidAt = 16;
+    if (record.size() > typeAt && record[typeAt] == confirmation)
+        for (size_t i = guidAt; i < record.size(); ++i)
+            record[i] = guidByte;
+}
+
 } // namespace
 
 void anonymize(Capture& capture)
 {
     Addresses addresses;
+    if (capture.repository)
+        for (CapturedRecord& record : capture.repository->records)
+            maskRecord(record.bytes);
     maskController(addresses, capture.controller);
     for (CapturedController& satellite : capture.satellites)
         maskController(addresses, satellite);

@@ -7,9 +7,10 @@
 namespace Tool
 {
 
-/// Serial numbers, asset tags, MAC and IP addresses, GUIDs, host names and the
-/// SNMP community become others of the same length; what was equal stays so.
-/// Checksums that were right stay right, and wrong ones wrong.
+/// Serial numbers, asset tags and custom fields of FRU devices, MAC and IP
+/// addresses, GUIDs, host names and the SNMP community become others of the
+/// same length; addresses that were equal stay so. Checksums that were right
+/// stay right, and wrong ones wrong.
 void anonymize(Capture& capture);
 
 } // namespace Tool

@@ -1,5 +1,7 @@
 #include "tools/collect/capture.h"
 
+#include <algorithm>
+
 #include "tools/collect/capture_query.h"
 #include "tools/print/completion_codes.h"
 
@@ -17,6 +19,23 @@ bool isSame(const Ipmi::IpmiTarget& a, const Ipmi::IpmiTarget& b)
            (a.address == b.address && a.channel == b.channel);
 }
 
+// No answer costs up to 30 s, the driver's own C3h for another controller 5 s.
+// After this many of the latter in a row nothing is asked any more.
+constexpr unsigned mostSilence = 20, noAnswerCounts = 5;
+
+unsigned keyOf(const Ipmi::IpmiTarget& target)
+{
+    return isLocal(target) ? 0u : target.address | target.channel * 0x100u;
+}
+
+std::string nameOf(const Ipmi::IpmiTarget& target)
+{
+    if (isLocal(target))
+        return "the controller";
+    return "the controller at " + hexNumber(target.address) + " on channel " +
+           std::to_string(target.channel);
+}
+
 uint8_t byteOf(const Bytes& record, size_t at)
 {
     return at < record.size() ? record[at] : uint8_t{0};
@@ -26,11 +45,12 @@ uint8_t byteOf(const Bytes& record, size_t at)
 
 std::string CaptureProgress::text() const
 {
+    const unsigned done = done_, total = total_;
     std::string text = std::string{"capturing "} + what_.load();
-    if (total_ == 0)
+    if (total == 0)
         return text + " ...";
-    return text + ": " + std::to_string(done_) + " of " +
-           std::to_string(total_);
+    return text + ": " + std::to_string(std::min(done, total)) + " of " +
+           std::to_string(total);
 }
 
 bool isThere(const CapturedController& controller)
@@ -58,6 +78,33 @@ Ipmi::IpmiTarget locatedBy(const Bytes& record)
     constexpr size_t address = 5, lun = 7, channel = 8; // IPMI v2.0, 43.8
     return {byteOf(record, address), uint8_t(byteOf(record, channel) >> 4),
             uint8_t(byteOf(record, lun) >> 3 & 3)};
+}
+
+Answer CaptureQuery::ask(Command command, const Bytes& request,
+                         const Ipmi::IpmiTarget& target)
+{
+    if (silences_[keyOf(target)] >= mostSilence)
+        return {};
+    const Answer answer = device_.exchange(command, request, target);
+    note(answer, target);
+    if (answer.possiblyCut)
+        miss("an answer to " + hexNumber(command.netFn) + " " +
+             hexNumber(command.code) +
+             " fills the 32 bytes that are kept; it may have been longer");
+    return answer;
+}
+
+void CaptureQuery::note(const Answer& answer, const Ipmi::IpmiTarget& target)
+{
+    unsigned& silence = silences_[keyOf(target)];
+    if (!answer.completion.isUnanswered()) {
+        silence = 0;
+        return;
+    }
+    silence += answer.completion.answered ? 1 : noAnswerCounts;
+    if (silence >= mostSilence)
+        miss(nameOf(target) + " fell silent; it was asked nothing more",
+             "Try again; if it stays silent, reset it.");
 }
 
 CapturedAnswer CaptureQuery::keep(Command command, const Bytes& request,
@@ -94,9 +141,7 @@ CapturedController* controllerAt(CaptureQuery& query,
     satellite.target = {target.address, target.channel, 0};
     captureIdentity(query, satellite);
     if (!answers(satellite))
-        query.miss("the controller at " + hexNumber(target.address) +
-                   " on channel " + std::to_string(target.channel) +
-                   " does not answer; it is left out");
+        query.miss(nameOf(target) + " does not answer; it is left out");
     return answers(satellite);
 }
 

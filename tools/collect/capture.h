@@ -27,7 +27,8 @@ struct CapturedRecord
 {
     uint16_t id = 0; ///< By which it was asked for.
     Bytes bytes;
-    /// Of a sensor data record's sensors, by offset of the share.
+    /// Of a sensor data record's sensors, by offset of the share; one without
+    /// any was not asked.
     std::vector<CapturedAnswers> sensors;
 };
 

@@ -32,6 +32,8 @@ public:
     /// Whether the bytes are all there.
     bool read()
     {
+        if (fru_.byWords)
+            measureOffsets();
         while (fru_.bytes.size() < fru_.size) {
             Bytes piece;
             if (!readPiece(offsetOf(fru_.bytes.size()), piece))
@@ -39,8 +41,6 @@ public:
             const size_t left = fru_.size - fru_.bytes.size();
             piece.resize(std::min(piece.size(), left));
             fru_.bytes.insert(fru_.bytes.end(), piece.begin(), piece.end());
-            if (fru_.byWords && !isMeasured_)
-                measureOffsets();
         }
         return true;
     }
@@ -65,14 +65,25 @@ private:
                             uint8_t(offset >> 8), uint8_t(size_ / unit())},
                            place_.target);
             completion_ = answer.completion;
-            if (completion_.ok() && answer.data.size() > 1) {
-                piece.assign(answer.data.begin() + 1, answer.data.end());
+            if (completion_.ok() && take(answer.data, piece))
                 return true;
-            }
             if (!isWorthAnother())
                 return false;
         }
+        completion_.isCut = completion_.ok();
         return false;
+    }
+
+    // As much as the answer says and holds, in whole units.
+    bool take(const Bytes& data, Bytes& piece) const
+    {
+        if (data.empty())
+            return false;
+        size_t count = std::min(data[0] * unit(), data.size() - 1);
+        count -= count % unit();
+        piece.assign(data.begin() + 1,
+                     data.begin() + 1 + std::ptrdiff_t(count));
+        return count != 0;
     }
 
     // Busy devices are given time, and small ones are asked for less: some say
@@ -81,8 +92,10 @@ private:
     {
         constexpr uint8_t busy = 0x81;
         constexpr size_t smallest = 2;
-        if (!completion_.answered || completion_.ok())
+        if (!completion_.answered)
             return false;
+        if (completion_.ok())
+            return true;
         if (completion_.code == busy)
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
         else if (size_ <= smallest)
@@ -98,14 +111,18 @@ private:
     void measureOffsets()
     {
         constexpr size_t probe = 4;
-        isMeasured_ = true;
-        Bytes piece;
-        if (fru_.bytes.size() < 4 * probe || !readPiece(probe, piece))
+        Bytes begin, piece;
+        if (!readPiece(0, begin) || !readPiece(probe, piece) ||
+            begin.size() < 2 * probe || piece.size() < probe)
+        {
+            query_.miss("how FRU device " + std::to_string(place_.device) +
+                        " counts offsets; words are taken for it");
             return;
-        piece.resize(std::min(piece.size(), probe));
+        }
         const auto isAt = [&](size_t at) {
-            return std::equal(piece.begin(), piece.end(),
-                              fru_.bytes.begin() + std::ptrdiff_t(at));
+            return at + probe <= begin.size() &&
+                   std::equal(piece.begin(), piece.begin() + probe,
+                              begin.begin() + std::ptrdiff_t(at));
         };
         fru_.byteOffsets = isAt(probe) && !isAt(2 * probe);
     }
@@ -114,7 +131,6 @@ private:
     const Place& place_;
     CapturedFru& fru_;
     size_t size_ = 16;
-    bool isMeasured_ = false;
     Completion completion_;
 };
 
@@ -135,13 +151,15 @@ void captureFru(CaptureQuery& query, const Place& place)
     CapturedAnswer info = query.keep(commands::getFruInventoryAreaInfo,
                                      {place.device}, place.target);
     if (!info.ok() || info.answer.size() < answerSize) {
-        if (info.answer != Bytes{notPresent})
+        // What a controller with FRU devices says of others by itself.
+        if (info.answer != Bytes{notPresent} || controller->frus.empty())
             controller->answers.push_back(std::move(info));
         return;
     }
     CapturedFru fru;
     fru.device = place.device;
-    fru.lun = place.target.lun;
+    // The transport asks the controller itself at LUN 0.
+    fru.lun = isLocal(place.target) ? uint8_t{0} : place.target.lun;
     fru.size = info.answer[1] | info.answer[2] * 0x100u;
     fru.byWords = info.answer[3] & 1;
     FruReader reader{query, place, fru};

@@ -2,6 +2,8 @@
 #ifndef VEK_TOOLS_COLLECT_CAPTURE_QUERY_H
 #define VEK_TOOLS_COLLECT_CAPTURE_QUERY_H
 
+#include <map>
+
 #include "tools/collect/capture.h"
 
 namespace Tool
@@ -15,11 +17,9 @@ public:
         : device_{device}, capture_{capture}, progress_{progress}
     {}
 
+    /// Who was silent again and again is not asked any more.
     Answer ask(Command command, const Bytes& request,
-               const Ipmi::IpmiTarget& target = {})
-    {
-        return device_.exchange(command, request, target);
-    }
+               const Ipmi::IpmiTarget& target = {});
     CapturedAnswer keep(Command command, const Bytes& request,
                         const Ipmi::IpmiTarget& target = {});
 
@@ -28,8 +28,12 @@ public:
     void miss(const std::string& what, const std::string& next = "");
 
 private:
+    void note(const Answer& answer, const Ipmi::IpmiTarget& target);
+
     Device& device_;
     Capture& capture_;
+    /// By address and channel; the controller itself is 0.
+    std::map<unsigned, unsigned> silences_;
     CaptureProgress& progress_;
 };
 

@@ -1,6 +1,8 @@
 // The steps of a capture that read a repository and what it tells of.
 #include <algorithm>
 #include <ctime>
+#include <iterator>
+#include <optional>
 #include <set>
 
 #include "tools/collect/capture_query.h"
@@ -43,26 +45,32 @@ public:
         : query_{query}, store_{store}
     {}
 
-    /// Reads on up to a size.
+    /// Reads on up to a size. Short answers may be passing.
     bool read(uint16_t id, Bytes& record, size_t size)
     {
-        while (record.size() < size) {
+        constexpr int mostShort = 3;
+        if (record.empty())
+            next_.reset();
+        for (int shorts = 0; record.size() < size;) {
             const size_t wanted = std::min(piece_, size - record.size());
             const Answer answer =
                 ask(id, uint8_t(record.size()), uint8_t(wanted));
             completion_ = answer.completion;
-            if (!completion_.ok() && isAboutSize(completion_.code) &&
-                wanted > 1)
+            if (completion_.ok() && answer.data.size() >= 2 + wanted)
+                take(answer.data, wanted, record);
+            else if (completion_.ok() && ++shorts < mostShort)
+                continue;
+            else if (completion_.answered && isAboutSize(completion_.code) &&
+                     wanted > 1)
                 piece_ = wanted / 2;
-            else if (!completion_.ok() || answer.data.size() != 2 + wanted)
-                return false;
             else
-                take(answer.data, record);
+                return giveUp(answer, record);
         }
         return true;
     }
 
-    uint16_t next() const { return next_; }
+    /// What follows the record, if that was told.
+    std::optional<uint16_t> next() const { return next_; }
     const Completion& completion() const { return completion_; }
 
 private:
@@ -86,18 +94,27 @@ private:
         return answer;
     }
 
-    void take(const Bytes& data, Bytes& record)
+    void take(const Bytes& data, size_t wanted, Bytes& record)
     {
         if (record.empty())
             next_ = uint16_t(data[0] | data[1] << 8);
-        record.insert(record.end(), data.begin() + 2, data.end());
+        const auto begin = data.begin() + 2;
+        record.insert(record.end(), begin, begin + std::ptrdiff_t(wanted));
+    }
+
+    bool giveUp(const Answer& answer, const Bytes& record)
+    {
+        completion_.isCut = completion_.ok();
+        if (completion_.isCut && record.empty() && answer.data.size() >= 2)
+            next_ = uint16_t(answer.data[0] | answer.data[1] << 8);
+        return false;
     }
 
     CaptureQuery& query_;
     const Store& store_;
     uint8_t reservation_[2] = {0, 0};
     size_t piece_ = 16;
-    uint16_t next_ = 0;
+    std::optional<uint16_t> next_;
     Completion completion_;
 };
 
@@ -115,23 +132,25 @@ void walk(CaptureQuery& query, const Store& store,
 {
     Reader reader{query, store};
     std::set<uint16_t> seen;
-    for (uint16_t id = first; id != none;) {
+    for (uint16_t id = first; id != none; id = *reader.next()) {
         CapturedRecord record;
-        const bool whole = readOne(reader, id, record.bytes);
-        if (record.bytes.size() < 2)
-            return query.miss(nameOf(store, id) + " and what follows it: " +
-                              inWords(store.get, reader.completion()));
-        if (!whole)
-            query.miss("the end of " + nameOf(store, id) + ": " +
-                       inWords(store.get, reader.completion()));
-        const uint16_t own = uint16_t(record.bytes[0] | record.bytes[1] << 8);
-        record.id = id == first ? own : id;
+        const bool isWhole = readOne(reader, id, record.bytes);
+        const std::string why = inWords(store.get, reader.completion());
+        if (!reader.next())
+            return query.miss(nameOf(store, id) +
+                              " and what follows it: " + why);
+        query.progress().step();
+        if (!isWhole)
+            query.miss((record.bytes.size() < 2 ? "" : "the end of ") +
+                       nameOf(store, id) + ": " + why);
+        record.id = id;
+        if (record.bytes.size() >= 2 && id == first)
+            record.id = uint16_t(record.bytes[0] | record.bytes[1] << 8);
         if (!seen.insert(record.id).second)
             return query.miss(nameOf(store, record.id) +
                               " follows itself; the rest is not reached");
-        records.push_back(std::move(record));
-        query.progress().step();
-        id = reader.next();
+        if (record.bytes.size() >= 2)
+            records.push_back(std::move(record));
     }
 }
 
@@ -153,6 +172,7 @@ std::optional<CapturedRecords> readInfo(CaptureQuery& query, Command command,
                                         const char* what)
 {
     constexpr size_t countAt = 1;
+    query.progress().enter(what);
     CapturedAnswer kept = query.keep(command, {});
     if (!kept.ok() || kept.answer.size() < countAt + 3) {
         query.capture().controller.answers.push_back(std::move(kept));
@@ -214,20 +234,44 @@ CapturedAnswers answersOf(CaptureQuery& query, const Bytes& record,
     return answers;
 }
 
+// The transport takes these for the controller itself; the simulated one looks
+// at the channel as well. Their answers are kept with its own.
+bool isLocalElsewhere(const Ipmi::IpmiTarget& owner)
+{
+    return isLocal(owner) && (owner.channel != 0 || owner.address == 0);
+}
+
+// A sensor of the controller's own at another LUN cannot be asked.
+bool isAsked(const CapturedRecord& record, const Ipmi::IpmiTarget& owner)
+{
+    constexpr size_t numberAt = 7;
+    return record.bytes.size() > numberAt &&
+           !(isLocal(owner) && owner.lun != 0);
+}
+
 void captureSensorsOf(CaptureQuery& query, CapturedRecord& record)
 {
     constexpr size_t numberAt = 7;
     constexpr uint8_t software = 0x01;
     const Ipmi::IpmiTarget owner = ownerOf(record.bytes);
-    const bool isAsked = !(owner.address & software) &&
-                         !(isLocal(owner) && owner.lun != 0) &&
-                         record.bytes.size() > numberAt;
-    const unsigned count = isAsked ? sensorsOf(record.bytes) : 0;
+    const unsigned count =
+        owner.address & software ? 0 : sensorsOf(record.bytes);
     if (count == 0 || !controllerAt(query, owner))
         return;
-    for (unsigned i = 0; i < count; ++i)
-        record.sensors.push_back(answersOf(
-            query, record.bytes, uint8_t(record.bytes[numberAt] + i), owner));
+    for (unsigned i = 0; i < count; ++i) {
+        if (!isAsked(record, owner)) {
+            record.sensors.emplace_back();
+            continue;
+        }
+        CapturedAnswers answers = answersOf(
+            query, record.bytes, uint8_t(record.bytes[numberAt] + i), owner);
+        if (!isLocalElsewhere(owner)) {
+            record.sensors.push_back(std::move(answers));
+            continue;
+        }
+        CapturedAnswers& own = query.capture().controller.answers;
+        std::move(answers.begin(), answers.end(), std::back_inserter(own));
+    }
 }
 
 } // namespace
@@ -252,12 +296,16 @@ void captureLog(CaptureQuery& query)
         return;
     query.capture().controller.answers.push_back(
         query.keep(commands::getSelAllocation, {}));
-    const Bytes clock = query.ask(commands::getSelTime, {}).data;
-    if (clock.size() >= 4)
+    CapturedAnswer time = query.keep(commands::getSelTime, {});
+    const Bytes clock =
+        time.ok() ? Bytes(time.answer.begin() + 1, time.answer.end()) : Bytes{};
+    if (clock.size() < 4)
+        query.capture().controller.answers.push_back(std::move(time));
+    else
         query.capture().logAhead =
             int64_t(clock[0] | clock[1] << 8 | clock[2] << 16 |
                     uint32_t(clock[3]) << 24) -
-            time(nullptr);
+            ::time(nullptr);
     if (countOf(*records) != 0)
         walk(query, logStore, records->records, readEvent);
     query.capture().log = std::move(records);
@@ -268,11 +316,20 @@ void captureSensors(CaptureQuery& query)
     std::optional<CapturedRecords>& repository = query.capture().repository;
     if (!repository)
         return;
+    size_t unasked = 0;
     query.progress().enter("sensors", unsigned(repository->records.size()));
     for (CapturedRecord& record : repository->records) {
         captureSensorsOf(query, record);
         query.progress().step();
+        for (const CapturedAnswers& answers : record.sensors)
+            unasked += answers.empty() ? 1 : 0;
     }
+    if (unasked != 0)
+        query.capture().gaps.push_back(
+            {Status::done,
+             std::to_string(unasked) + (unasked == 1 ? " sensor" : " sensors") +
+                 " at another LUN of the controller cannot be asked",
+             ""});
 }
 
 } // namespace Tool

@@ -74,6 +74,7 @@ public:
         constexpr uint8_t notSupported = 0x80, revision = 0x11;
         CapturedAnswer kept =
             query_.keep(getParameter, {lan_.channel, parameter, selector, 0});
+        query_.progress().step();
         Bytes& answer = kept.answer;
         if (kept.ok() && answer.size() >= 2 && answer[1] == revision)
             lan_.parameters.push_back(
@@ -99,11 +100,11 @@ private:
 
 CapturedLan lanOf(CaptureQuery& query, uint8_t channel)
 {
+    query.progress().enter("LAN parameters", std::size(parameters));
     LanQuestions questions{query, channel};
-    for (const uint8_t parameter : parameters) {
+    for (const uint8_t parameter : parameters)
         questions.ask(parameter, 0);
-        query.progress().step();
-    }
+    query.progress().enter("LAN addresses");
     for (const Selected& row : selectedParameters)
         for (size_t i = 0; i < questions.count(row); ++i)
             questions.ask(row.parameter, uint8_t(i));
@@ -140,7 +141,6 @@ void captureLan(CaptureQuery& query)
 {
     constexpr uint8_t lanMedium = 0x04, mediumMask = 0x7F;
     constexpr size_t mediumAt = 2;
-    query.progress().enter("LAN parameters", std::size(parameters));
     Bytes found;
     for (const CapturedAnswer& kept : query.capture().controller.answers)
         if (kept.command.netFn == getChannelInfo.netFn &&

@@ -61,6 +61,8 @@ Json answerRows(const CapturedAnswers& answers)
 
 Json sensorOf(const CapturedAnswers& answers)
 {
+    if (answers.empty())
+        return {{"present", false}};
     Json rows = Json::array();
     for (const CapturedAnswer& one : answers)
         rows.push_back({{"command", hexWord(one.command.code, 2)},
