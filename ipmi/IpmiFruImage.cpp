@@ -58,10 +58,12 @@ const Layout* layoutOf(IpmiFruArea::Kind kind)
     return nullptr;
 }
 
-// 8-bit text is UTF-16 in languages other than English (13.).
+// 8-bit text is UTF-16 in languages other than English (13.), which an odd
+// number of bytes cannot be.
 std::string decodeText(RecordView bytes, bool english)
 {
-    return english ? decodeLatin1(bytes) : decodeUnicode(bytes, true);
+    const bool isWide = !english && bytes.size() % 2 == 0;
+    return isWide ? decodeUtf16(bytes) : decodeLatin1(bytes, true);
 }
 
 IpmiFruField fieldOf(const std::string& name, uint8_t typeLength,
@@ -79,7 +81,8 @@ IpmiFruField fieldOf(const std::string& name, uint8_t typeLength,
     case bcdPlus:
         return {name, trimmed(decodeBcdPlus(bytes)), false};
     case sixBit:
-        return {name, trimmed(decodePacked(bytes)), false};
+        return {name, withDoubledBackslashes(trimmed(decodePacked(bytes))),
+                false};
     default:
         return {name, trimmed(decodeText(bytes, english)), false};
     }
@@ -104,13 +107,14 @@ void addOwnFields(IpmiFruArea& area)
          false});
 }
 
-// The last byte is the checksum, which no field may take.
-void addFields(IpmiFruArea& area, const Layout& layout)
+// The last byte of a whole area is the checksum, which no field may take; of
+// another one the fields that are there are shown.
+void addFields(IpmiFruArea& area, const Layout& layout, bool isWhole)
 {
     constexpr uint8_t english = 25;
     const RecordView bytes =
         RecordView{area.bytes.data(), area.bytes.size()}.part(
-            0, area.bytes.size() - 1);
+            0, area.bytes.size() - (isWhole ? 1 : 0));
     const uint8_t language =
         layout.languageAt ? bytes.u8(layout.languageAt) : uint8_t{0};
     size_t at = layout.fieldsAt;
@@ -122,6 +126,8 @@ void addFields(IpmiFruArea& area, const Layout& layout)
         const uint8_t typeLength = bytes.u8(at);
         const size_t length = typeLength & 0x3f;
         if (!bytes.has(at) || !bytes.has(at + 1, length)) {
+            if (!isWhole)
+                return;
             area.problems.push_back(bytes.has(at) ? "its field \"" + name +
                                                         "\" runs past its end"
                                                   : "it has no end mark");
@@ -136,21 +142,31 @@ void addFields(IpmiFruArea& area, const Layout& layout)
 
 std::string cannotBeRead(int result)
 {
-    constexpr int outOfRange = 0xc9;
-    if (result == outOfRange)
-        return "it runs past the end (C9h)";
+    if (result == fruRunsPastEnd)
+        return "it runs past the end";
     return "it cannot be read (" +
            (result < 0 ? std::string{"no usable answer"}
                        : hexText(unsigned(result))) +
            ")";
 }
 
-// As many bytes as there are; whether all of them are.
+// As many bytes as there are. A controller that says "out of range" of bytes
+// that it says are there has failed; of others it is right.
+int readPart(FruSource& source, unsigned offset, unsigned& count, uint8_t* out)
+{
+    constexpr int outOfRange = 0xc9;
+    const unsigned wanted = count, size = source.size();
+    const int result = source.read(offset, count, out);
+    const bool isInside = offset <= size && wanted <= size - offset;
+    return result == outOfRange && !isInside ? fruRunsPastEnd : result;
+}
+
+// Whether all of the bytes are there.
 bool readBytes(FruSource& source, IpmiFruArea& area, unsigned size)
 {
     area.bytes.resize(size);
     unsigned count = size;
-    const int result = source.read(area.offset, count, area.bytes.data());
+    const int result = readPart(source, area.offset, count, area.bytes.data());
     area.bytes.resize(std::min(count, size));
     area.result = result;
     if (result != 0)
@@ -168,9 +184,11 @@ void readInfoArea(FruSource& source, IpmiFruArea& area, const Layout& layout)
         area.problems.push_back("its length is 0");
         return;
     }
-    if (!readBytes(source, area, size))
+    const bool isWhole = readBytes(source, area, size);
+    if (area.bytes.size() < layout.fieldsAt)
         return;
-    if (const uint8_t sum = sumOf({area.bytes.data(), area.bytes.size()}))
+    const uint8_t sum = sumOf({area.bytes.data(), area.bytes.size()});
+    if (isWhole && sum != 0)
         area.problems.push_back("its checksum is wrong (sum " + hexText(sum) +
                                 ")");
     if (version != knownVersion) {
@@ -179,14 +197,18 @@ void readInfoArea(FruSource& source, IpmiFruArea& area, const Layout& layout)
         return;
     }
     addOwnFields(area);
-    addFields(area, layout);
+    addFields(area, layout, isWhole);
 }
 
 // Nothing in it says how long it is: up to the next area, or to the end.
 void readInternalArea(FruSource& source, IpmiFruArea& area, unsigned end)
 {
-    if (end > area.offset)
+    if (end > area.offset) {
         readBytes(source, area, end - area.offset);
+        return;
+    }
+    area.result = fruRunsPastEnd;
+    area.problems.push_back(cannotBeRead(area.result));
 }
 
 // Record by record; what has been read is kept.
@@ -284,13 +306,18 @@ void decodeFru(FruSource& source, IpmiFruContents& contents)
 {
     uint8_t bytes[headerSize] = {};
     unsigned count = sizeof bytes;
-    const int result = source.read(0, count, bytes);
+    const int result = readPart(source, 0, count, bytes);
     contents.headerResult = result;
     if (result != 0) {
-        contents.problems.push_back("its header: " + cannotBeRead(result));
+        contents.problems.push_back(
+            result == fruRunsPastEnd
+                ? "it has " + std::to_string(source.size()) +
+                      " bytes, a header takes 8"
+                : "its header: " + cannotBeRead(result));
         return;
     }
     const RecordView header{bytes, sizeof bytes};
+    contents.version = header.u8(0);
     if ((header.u8(0) & 0x0f) != knownVersion) {
         contents.problems.push_back("its format version " +
                                     hexText(header.u8(0)) + " is not known");

@@ -37,16 +37,82 @@ std::string latin1Character(unsigned code)
     return {char(0xc0 | code >> 6), char(0x80 | (code & 0x3f))};
 }
 
+// Two units for one character: D800h to DBFFh, then DC00h to DFFFh.
+bool isSurrogate(unsigned code)
+{
+    return (code & 0xf800) == 0xd800;
+}
+
+bool isPair(unsigned high, unsigned low)
+{
+    return (high & 0xfc00) == 0xd800 && (low & 0xfc00) == 0xdc00;
+}
+
+std::string utf8Of(unsigned code)
+{
+    const auto behind = [code](unsigned shift) {
+        return char(0x80 | (code >> shift & 0x3f));
+    };
+    if (code < 0x80)
+        return {char(code)};
+    if (code < 0x800)
+        return {char(0xc0 | code >> 6), behind(0)};
+    if (code < 0x10000)
+        return {char(0xe0 | code >> 12), behind(6), behind(0)};
+    return {char(0xf0 | code >> 18), behind(12), behind(6), behind(0)};
+}
+
+std::string utf16Character(unsigned code)
+{
+    constexpr unsigned firstControl = 0x7f, lastControl = 0x9f;
+    if (code == '\\')
+        return "\\\\";
+    if (code < ' ' || (code >= firstControl && code <= lastControl) ||
+        isSurrogate(code))
+        return escapedUnit(code);
+    return utf8Of(code);
+}
+
 } // namespace
 
-std::string decodeLatin1(RecordView bytes)
+std::string decodeLatin1(RecordView bytes, bool doubled)
 {
     size_t size = bytes.size();
     while (size > 0 && bytes.u8(size - 1) == 0) // padding
         --size;
     std::string text;
     for (size_t i = 0; i < size; ++i)
-        text += latin1Character(bytes.u8(i));
+        text += doubled && bytes.u8(i) == '\\' ? "\\\\"
+                                               : latin1Character(bytes.u8(i));
+    return text;
+}
+
+std::string withDoubledBackslashes(const std::string& text)
+{
+    std::string doubled;
+    for (const char c : text)
+        doubled.append(c == '\\' ? 2 : 1, c);
+    return doubled;
+}
+
+std::string decodeUtf16(RecordView bytes)
+{
+    size_t size = bytes.size() / 2 * 2;
+    while (size > 0 && bytes.u16(size - 2) == 0) // padding
+        size -= 2;
+    std::string text;
+    for (size_t i = 0; i < size; i += 2) {
+        const unsigned unit = bytes.u16(i);
+        const unsigned next = i + 2 < size ? bytes.u16(i + 2) : 0;
+        if (isPair(unit, next)) {
+            constexpr unsigned firstOfPairs = 0x10000;
+            text +=
+                utf8Of(firstOfPairs + ((unit & 0x3ff) << 10) + (next & 0x3ff));
+            i += 2;
+        } else {
+            text += utf16Character(unit);
+        }
+    }
     return text;
 }
 

@@ -13,7 +13,8 @@ namespace Ipmi
 {
 
 /// A field in UTF-8: 8-bit text, 6-bit packed ASCII and BCD plus decoded,
-/// binary data in hexadecimal. Blanks at its end are left out.
+/// binary data in hexadecimal. Blanks at its end are left out. In texts control
+/// characters are escaped, as \x1B or \u0085, and a backslash is doubled.
 struct IpmiFruField
 {
     std::string
@@ -21,6 +22,10 @@ struct IpmiFruField
     std::string value;
     bool binary; ///< The value is its bytes in hexadecimal.
 };
+
+/// A read ended because what is asked for lies behind the end of the device: a
+/// fault of what it holds. No completion code has this number.
+constexpr int fruRunsPastEnd = 0x100;
 
 struct IpmiFruArea
 {
@@ -48,9 +53,10 @@ struct IpmiFruContents
     int result = 0;
     unsigned size = 0;    ///< Bytes, as the device says.
     bool byWords = false; ///< How it is accessed.
-    /// What ended a read: 0 its end, a completion code (C9h: what is asked for
-    /// lies behind the end of the device), -1 without a usable answer.
+    /// What ended a read: 0 its end, fruRunsPastEnd, the completion code of a
+    /// read inside the device, -1 without a usable answer.
     int headerResult = 0;
+    unsigned version = 0; ///< The header's first byte: 1, if it is one.
     std::vector<std::string> problems; ///< Of the common header.
     std::vector<IpmiFruArea> areas;    ///< In the order of the header.
 };

@@ -42,6 +42,7 @@ TEST(Fru, isChosenByNumberOrName)
         {"0x0a", "Front Panel (FRU device 10)"},
         {"'riser 1'", "Riser 1 (FRU device 4)"},
         {"0@0x72", "Backplane (FRU device 0 of 72h on channel 6)"},
+        {"0@0x72/6", "Backplane (FRU device 0 of 72h on channel 6)"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(
@@ -50,7 +51,9 @@ TEST(Fru, isChosenByNumberOrName)
             std::string{c.head} + "\n");
     check({
         {"none", "$sim -- $tool fru psu", 1, "",
-         "no FRU device 'psu'.*\n  0  Baseboard\n.*\n  0@0x72  Backplane"},
+         "no FRU device 'psu'.*\n  0  Baseboard\n.*\n  0@0x72/6  Backplane"},
+        {"another channel's", "$sim -- $tool fru 0@0x72/5", 1, "",
+         "no FRU device '0@0x72/5'"},
         {"no such number", "$sim -- $tool fru 77", 3, "",
          "device 77 is not there: CBh.*\n  List"},
         {"no names for a name", "$sim -- $tool fru psu1 --no-names", 1, "",
@@ -86,7 +89,7 @@ TEST(Fru, withFaultsIsShownAndToldSo)
                       twins = faults + " twin";
     checkInFolder({
         {"what devices hold", faults.c_str(), 4, "@fru-faults.txt",
-         "'WORD' .* accessed by words"},
+         "'WORD' .* may be misread: it is accessed by words"},
         {"twins", twins.c_str(), 1, "",
          "fits 2 FRU devices.*\n  0  TWIN\n  3  TWIN"},
         {"a part is not read, the others are",
@@ -95,7 +98,27 @@ TEST(Fru, withFaultsIsShownAndToldSo)
          4,
          "  Chassis problem       it cannot be read (C0h)\n"
          "  Board date            2023-03-01T08:15:00Z\n",
-         "'Baseboard' .* to the end"},
+         "'Baseboard' .* to the end: C0h: node busy"},
+        {"out of range, of bytes that are there",
+         "$sim --fault cmd=read-fru-data,data=00:08,cc=c9 -- $tool fru 0 "
+         "--json "
+         ">a; s=$?; grep -A1 -E '\"complete|problems\": .$' a; exit $s",
+         4,
+         "      \"complete\": false,\n      \"contents\": \"fru\",\n--\n"
+         "          \"problems\": [\n            \"it cannot be read (C9h)\"\n",
+         "to the end: C9h"},
+        {"busy from the start on",
+         "$sim --fault cmd=read-fru-data,cc=81 -- $tool fru 0 --json >a; s=$?; "
+         "grep -E '\"complete\"|\"contents' a; exit $s",
+         4, "      \"complete\": false,\n      \"contents\": null,\n",
+         "to the end: 81h: .*busy"},
+        {"no device 0, and no record",
+         "$sim --fault netfn=0a,cmd=20,cc=c1 --fault "
+         "cmd=get-fru-inventory-area-info,cc=cb -- $tool fru",
+         0,
+         "FRU device 0\n  Contents              none: not present (CBh)\n\n"
+         "1 FRU device, 1 not present\n",
+         "no sensor data repository"},
         {"a device does not answer, the others do",
          "$sim --fault cmd=get-fru-inventory-area-info,data=01,cc=c3 -- "
          "$tool fru >a; s=$?; sed -n '/^PSU1/,/^PSU2/p;$p' a; exit $s",
@@ -138,16 +161,18 @@ TEST(Fru, thatIsSavedReadsTheSame)
          "$tool fru decode F.partial | tail -n 2; exit $s",
          4,
          "32 bytes of FRU device 1 in F.partial\nold\n32\n"
-         "  Board problem         it runs past the end (C9h)\n"
+         "  Board problem         it runs past the end\n"
          "  Records' problem      it has no last record\n",
          "not read to the end: D5h"},
+        {"no device", "$sim -- $tool fru save '' F; s=$?; ls; exit $s", 1, "",
+         "DEVICE: must not be empty"},
         {"not present", "$sim -- $tool fru save 7 F; s=$?; ls; exit $s", 3, "",
          "'DIMM C1' .* not saved: CBh"},
         {"by words", word.c_str(), 4, "", "accessed by words"},
         {"nothing but a header",
          "$sim -- $tool fru save 4 F >a; head -c 8 F >G; $tool fru decode G", 4,
          "G\n  Size                  8 bytes\n"
-         "  Board problem         it runs past the end (C9h)\n",
+         "  Board problem         it runs past the end\n",
          "none of the areas in G"},
         {"no image", "$tool fru decode /etc/passwd", 4, "",
          "no FRU image: its format version 72h"},

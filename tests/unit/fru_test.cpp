@@ -364,11 +364,17 @@ TEST(Fru, aWholeImageWithItsFaults)
         "manufacturing date=1996-01-01T01:00:00Z;manufacturer=maker;product "
         "name=na\xc3\xa9me;serial number=1;part number=D@@@;FRU file "
         "id=;custom 1=AB CD;";
-    Bytes badSum = good, badVersion = good, noLength = good, cut = good;
+    Bytes badSum = good, badVersion = good, noLength = good, cut = good,
+          cutLater = good;
     badSum.back() ^= 1;
     badVersion[0] = 2;
     noLength[1] = 0;
     cut.resize(10);
+    cutLater.resize(14);
+    using namespace std::string_literals;
+    const std::vector<std::string> unicode = {"G\0r\0\xf6\0\xdf\0\x22\x6f\0\0"s,
+                                              "\x3d\xd8\0\xde"s,
+                                              "\x3d\xd8\\\0\x85\0"s, "odd"};
     const Bytes power = multiRecord(0x00, true, powerSupply(0, 0));
     Bytes chain = power;
     uint8_t sum = 0;
@@ -391,7 +397,14 @@ TEST(Fru, aWholeImageWithItsFaults)
          "!its checksum is wrong (sum 01h)!its format version 02h is not "
          "known"},
         {"no length", imageOf(3, noLength), "!its length is 0"},
-        {"an area cut short", imageOf(3, cut), "!it runs past the end (C9h)"},
+        {"an area cut short", imageOf(3, cut),
+         "manufacturing date=1996-01-01T01:00:00Z;!it runs past the end"},
+        {"between two fields", imageOf(3, cutLater),
+         "manufacturing date=1996-01-01T01:00:00Z;manufacturer=maker;!it runs "
+         "past the end"},
+        {"Unicode", imageOf(4, sound(withFields({1, 1, 8}, unicode))),
+         "manufacturer=Gr\u00f6\u00df\u6f22;product name=\U0001f600;part/model "
+         "number=\\uD83D\\\\\\u0085;version=odd;"},
         {"a field past the end",
          imageOf(2, sound({1, 1, 0x17, 0xc2, 'a', 'b', 0xff})),
          "type=Rack Mount Chassis;part number=ab;!its field \"serial number\" "
@@ -404,9 +417,11 @@ TEST(Fru, aWholeImageWithItsFaults)
         {"a record of no length", imageOf(5, Bytes(64)),
          "!the record at 08h has no data"},
         {"internal use", imageOf(1, {1, 2, 3}), ""},
+        {"internal use behind the end", imageOf(1, {}),
+         "!it runs past the end"},
         {"an empty header", imageOf(7, {}),
          "!its header's checksum is wrong (sum FFh)"},
-        {"nothing", {}, "!its header: it runs past the end (C9h)"},
+        {"nothing", {}, "!it has 0 bytes, a header takes 8"},
         {"erased", Bytes(16, 0xff), "!its format version FFh is not known"},
     };
     for (const auto& c : cases) {

@@ -73,11 +73,6 @@ std::shared_ptr<Ipmi::IpmiFru> fruOf(const FruLocator& locator)
         Ipmi::IpmiFru::Areas{}, 0);
 }
 
-Completion completionOf(int result)
-{
-    return {static_cast<uint8_t>(result), result >= 0};
-}
-
 // Controllers differ in what an offset counts in of a device that is accessed
 // by words; the library takes it for bytes.
 bool isMisread(const Ipmi::IpmiFruContents& contents)
@@ -89,14 +84,12 @@ bool isMisread(const Ipmi::IpmiFruContents& contents)
                 [](const auto& area) { return !area.problems.empty(); }));
 }
 
-bool hasUnreadArea(const Ipmi::IpmiFruContents& contents)
-{
-    return std::any_of(
-        contents.areas.begin(), contents.areas.end(),
-        [](const auto& area) { return isReadFailure(area.result); });
-}
-
 } // namespace
+
+Completion completionOf(int result)
+{
+    return {static_cast<uint8_t>(result), result >= 0};
+}
 
 bool FruLocator::isOwn() const
 {
@@ -111,16 +104,33 @@ bool FruDevice::isAbsent() const
 
 bool FruDevice::isFailed() const
 {
-    if (!locator.isLogical || isAbsent())
+    if (!locator.isLogical || isAbsent() || isSpd())
         return false;
-    return !completion.ok() || isReadFailure(contents.headerResult) ||
-           hasUnreadArea(contents) || isMisread(contents);
+    return !completion.ok() || readFailure() || isMisread(contents);
 }
 
 bool FruDevice::isSpd() const
 {
+    constexpr unsigned fruVersion = 0x01, erased = 0xFF;
     return locator.isMemory && completion.ok() && contents.headerResult == 0 &&
-           contents.areas.empty() && !contents.problems.empty();
+           contents.version != erased &&
+           (contents.version != fruVersion || !contents.problems.empty());
+}
+
+std::optional<Completion> FruDevice::readFailure() const
+{
+    // What is out of range depends on what an offset counts in.
+    constexpr int outOfRange = 0xC9;
+    const auto isReadFailure = [this](int result) {
+        return result != 0 && result != Ipmi::fruRunsPastEnd &&
+               (result != outOfRange || !contents.byWords);
+    };
+    if (isReadFailure(contents.headerResult))
+        return completionOf(contents.headerResult);
+    for (const Ipmi::IpmiFruArea& area : contents.areas)
+        if (isReadFailure(area.result))
+            return completionOf(area.result);
+    return std::nullopt;
 }
 
 FruLocator fruLocatorOf(uint8_t deviceId)
@@ -168,6 +178,8 @@ std::vector<FruDevice> collectFrus(Device&,
         if (locator.isLogical) {
             found.contents = Ipmi::IpmiIfc::getFruAreas(fruOf(locator));
             found.completion = completionOf(found.contents.result);
+            if (found.isSpd()) // What looked like areas are none.
+                found.contents.areas.clear();
         }
         devices.push_back(std::move(found));
     }
@@ -184,12 +196,6 @@ FruImage readFru(const FruLocator& locator)
     image.byWords = result == Ipmi::IpmiIfc::FRU_BY_WORDS;
     image.completion = completionOf(result);
     return image;
-}
-
-bool isReadFailure(int result)
-{
-    constexpr int outOfRange = 0xC9;
-    return result != 0 && result != outOfRange;
 }
 
 } // namespace Tool

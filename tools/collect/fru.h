@@ -9,6 +9,7 @@
 #ifndef VEK_TOOLS_COLLECT_FRU_H
 #define VEK_TOOLS_COLLECT_FRU_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,10 @@ struct FruDevice
     bool isFailed() const;
     /// It holds the data of a memory module, which are not decoded.
     bool isSpd() const;
+    /// Of the first read of bytes that are there and could not be read, of the
+    /// header or of an area. An area that lies about its length or place is a
+    /// fault of what the device holds.
+    std::optional<Completion> readFailure() const;
 };
 
 /// A device of the controller's own that no record tells of.
@@ -71,9 +76,8 @@ struct FruImage
 };
 FruImage readFru(const FruLocator& locator);
 
-/// Whether bytes could not be read that are there: an area that lies about
-/// its length or place is a fault of what the device holds.
-bool isReadFailure(int result);
+/// Of a result of the library's, 0, a completion code or -1.
+Completion completionOf(int result);
 
 } // namespace Tool
 

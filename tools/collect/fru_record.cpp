@@ -17,6 +17,10 @@ enum Type : uint8_t
     dcOutput = 0x01,
     dcLoad = 0x02,
     managementAccess = 0x03,
+    baseCompatibility = 0x04,
+    extendedCompatibility = 0x05,
+    extendedDcOutput = 0x09,
+    extendedDcLoad = 0x0A,
     firstOem = 0xC0
 };
 
@@ -24,13 +28,31 @@ struct TypeName
 {
     uint8_t type;
     const char* name;
+    size_t size; ///< Of its data, as far as they become values; 0: all or none.
 };
 
+// Table 16-2.
 constexpr TypeName typeNames[] = {
-    {powerSupply, "power supply"}, {dcOutput, "DC output"},
-    {dcLoad, "DC load"},           {managementAccess, "management access"},
-    {0x04, "base compatibility"},  {0x05, "extended compatibility"},
+    {powerSupply, "power supply", 24},
+    {dcOutput, "DC output", 13},
+    {dcLoad, "DC load", 13},
+    {managementAccess, "management access", 0},
+    {baseCompatibility, "base compatibility", 0},
+    {extendedCompatibility, "extended compatibility", 0},
+    {0x06, "ASF fixed SMBus device", 0},
+    {0x07, "ASF legacy-device alerts", 0},
+    {0x08, "ASF remote control", 0},
+    {extendedDcOutput, "extended DC output", 13},
+    {extendedDcLoad, "extended DC load", 13},
 };
+
+const TypeName* findType(uint8_t type)
+{
+    for (const TypeName& row : typeNames)
+        if (row.type == type)
+            return &row;
+    return nullptr;
+}
 
 enum class Form
 {
@@ -120,7 +142,8 @@ constexpr Row rows[] = {
      Form::number, "A", milli},
 };
 
-/// Sub-records of management access (18.4).
+/// Sub-records of management access (18.4): texts, except for the last one.
+constexpr uint8_t systemUniqueId = 0x07;
 struct Access
 {
     uint8_t type;
@@ -130,10 +153,11 @@ struct Access
 constexpr Access accesses[] = {
     {0x01, "systemUrl", "System URL"},
     {0x02, "systemName", "System name"},
-    {0x03, "systemAddress", "System address"},
+    {0x03, "systemPingAddress", "System ping address"},
     {0x04, "componentUrl", "Component URL"},
     {0x05, "componentName", "Component name"},
-    {0x06, "componentAddress", "Component address"},
+    {0x06, "componentPingAddress", "Component ping address"},
+    {systemUniqueId, "systemUniqueId", "System unique ID"},
 };
 
 FruValue valueOf(const Row& row, const std::string& text)
@@ -156,21 +180,40 @@ FruValue valueOf(const Row& row, const std::string& text)
     return value;
 }
 
+// Whose values a record's are laid out as.
+uint8_t layoutOf(uint8_t type)
+{
+    return type == extendedDcOutput ? uint8_t{dcOutput}
+           : type == extendedDcLoad ? uint8_t{dcLoad}
+                                    : type;
+}
+
 void addLibraryValues(FruRecord& record, const IpmiFruMulti& multi,
                       const unsigned char* data)
 {
+    const uint8_t layout = layoutOf(record.type);
     for (const Row& row : rows) {
-        if (getFruKeyInfo(row.libraryKey)->recordType != record.type)
+        if (getFruKeyInfo(row.libraryKey)->recordType != layout)
             continue;
         const std::string text =
-            record.type == powerSupply
+            layout == powerSupply
                 ? multi.getPowerSupplyValue(data, row.libraryKey)
-            : record.type == dcOutput
-                ? multi.getDCOutputValue(data, row.libraryKey)
-                : multi.getDCLoad(data, row.libraryKey);
+            : layout == dcOutput ? multi.getDCOutputValue(data, row.libraryKey)
+                                 : multi.getDCLoad(data, row.libraryKey);
         if (!text.empty())
             record.values.push_back(valueOf(row, text));
     }
+}
+
+// Currents of the extended types count in 10 mA, or in 100 mA.
+void setCurrentUnit(FruRecord& record)
+{
+    constexpr uint8_t in100mA = 0x10;
+    if (record.data.empty() || layoutOf(record.type) == record.type)
+        return;
+    for (FruValue& value : record.values)
+        if (value.unit == std::string_view{"A"})
+            value.perUnit = record.data[0] & in100mA ? 10 : 100;
 }
 
 // Without a combined wattage there are no voltages that share it.
@@ -216,9 +259,13 @@ void addAccess(FruRecord& record)
         if (record.data.empty() || record.data[0] != access.type)
             continue;
         FruValue value{access.key, access.label};
-        value.words =
-            printable({reinterpret_cast<const char*>(record.data.data()) + 1,
-                       record.data.size() - 1});
+        const Bytes its{record.data.begin() + 1, record.data.end()};
+        if (access.type == systemUniqueId)
+            for (const uint8_t byte : its)
+                value.words += hexByte(byte);
+        else
+            value.words = printable(
+                {reinterpret_cast<const char*>(its.data()), its.size()});
         record.values.push_back(value);
     }
 }
@@ -232,17 +279,46 @@ void addManufacturer(FruRecord& record)
     record.values.push_back(value);
 }
 
+// 18.5 and 18.6; what is behind them is a mask of the codes that follow.
+void addCompatibility(FruRecord& record)
+{
+    constexpr size_t entityAt = 3, maskAt = 6;
+    if (record.data.size() < maskAt)
+        return;
+    addManufacturer(record);
+    static constexpr struct
+    {
+        const char *key, *label;
+    } numbers[] = {{"entityId", "Entity ID"},
+                   {"compatibilityBase", "Compatibility base"},
+                   {"codeStart", "Code start"}};
+    size_t at = entityAt;
+    for (const auto& number : numbers) {
+        FruValue value{number.key, number.label};
+        value.raw = record.data[at++];
+        record.values.push_back(value);
+    }
+    FruValue mask{"codeMask", "Code mask"};
+    for (; at < record.data.size(); ++at)
+        mask.words += hexByte(record.data[at]);
+    record.values.push_back(mask);
+}
+
 void addValues(FruRecord& record, const IpmiFruMulti& multi,
                const unsigned char* data)
 {
-    if (record.type <= dcLoad)
+    if (layoutOf(record.type) <= dcLoad)
         addLibraryValues(record, multi, data);
+    setCurrentUnit(record);
     if (record.type == powerSupply) {
         dropCombined(record.values);
         addPowerSupplyValues(record);
     }
     if (record.type == managementAccess)
         addAccess(record);
+    if (record.type == baseCompatibility ||
+        record.type == extendedCompatibility)
+        addCompatibility(record);
     if (record.type >= firstOem)
         addManufacturer(record);
 }
@@ -251,10 +327,16 @@ void addValues(FruRecord& record, const IpmiFruMulti& multi,
 
 const char* FruRecord::typeName() const
 {
-    for (const TypeName& row : typeNames)
-        if (row.type == type)
-            return row.name;
+    if (const TypeName* row = findType(type))
+        return row->name;
     return type >= firstOem ? "OEM" : "reserved";
+}
+
+bool FruRecord::isAllInWords() const
+{
+    const TypeName* row = findType(type);
+    return row && !values.empty() &&
+           (row->size == 0 || data.size() <= row->size);
 }
 
 std::vector<FruRecord> fruRecordsOf(const Ipmi::IpmiFruArea& area)

@@ -35,6 +35,8 @@ struct FruRecord
     std::vector<FruValue> values; ///< Empty for types that are not known.
 
     const char* typeName() const;
+    /// Nothing is in its bytes that is not in its values.
+    bool isAllInWords() const;
 };
 
 /// All whole records of a multi-record area, in their order.

@@ -17,12 +17,13 @@ namespace
 {
 
 // Alone it is the whole result: there is nothing to show beside it.
-void requireAny(const std::vector<FruDevice>& devices)
+void requireAny(const FruChoice& choice, const std::vector<FruDevice>& devices)
 {
     if (devices.size() != 1)
         return;
     const FruDevice& device = devices.front();
-    const bool isNoDevice = device.isAbsent() && !device.locator.isRecord;
+    const bool isNoDevice =
+        device.isAbsent() && !device.locator.isRecord && !choice.device.empty();
     if (!device.locator.isLogical || device.completion.ok() ||
         (device.isAbsent() && !isNoDevice))
         return;
@@ -37,18 +38,17 @@ void requireAny(const std::vector<FruDevice>& devices)
 
 Failure gapOf(const FruDevice& device)
 {
-    const std::string what = nameText(device.locator) + " was not read";
+    const std::string name = nameText(device.locator);
     if (!device.completion.ok())
-        return failureOf(what, commands::getFruInventoryAreaInfo,
-                         device.completion);
-    if (device.contents.byWords)
-        return {Status::failed,
-                what + " rightly: it is accessed by words, and what came makes "
-                       "no sense",
-                "No program may read it as this controller means it; try "
-                "another version of its firmware."};
-    return {Status::failed, what + " to the end",
-            "Try again; what could not be read is said there."};
+        return failureOf(name + " was not read",
+                         commands::getFruInventoryAreaInfo, device.completion);
+    if (const auto failure = device.readFailure())
+        return failureOf(name + " was not read to the end",
+                         commands::readFruData, *failure);
+    return {Status::failed,
+            name + " may be misread: it is accessed by words, and this program "
+                   "takes offsets for bytes",
+            "What does not fit is said there."};
 }
 
 Status run(const FruChoice& choice, const Options& options)
@@ -60,7 +60,7 @@ Status run(const FruChoice& choice, const Options& options)
         devices = collectFrus(device, locate(device, choice, gaps));
     }
     try {
-        requireAny(devices);
+        requireAny(choice, devices);
     } catch (const Failure&) {
         complainOf(gaps);
         throw;
@@ -81,7 +81,8 @@ Status run(const FruChoice& choice, const Options& options)
 
 constexpr char notes[] =
     "Of each device all areas with all fields; what is wrong in one is said\n"
-    "there. A device that is not present is no failure.\n\n"
+    "there. A device that is not present is no failure, except for a number "
+    "that no\nrecord tells of.\n\n"
     "Examples:\n"
     "  vek-ipmi fru --short\n"
     "  vek-ipmi fru psu1\n"
@@ -109,15 +110,7 @@ void addFru(CLI::App& app, Run& runs)
         "fru", "What the platform's replaceable parts say about themselves");
     fru->require_subcommand(0, 1);
     const auto choice = std::make_shared<FruChoice>();
-    CLI::Option* device =
-        fru->add_option("DEVICE", choice->device, fruHelp)
-            ->check(CLI::Validator{
-                [](const std::string& text) {
-                    return std::string{text.empty() ? "must not be empty" : ""};
-                },
-                ""});
-    CLI::Option* noNames =
-        fru->add_flag("--no-names", choice->noNames, noNamesHelp);
+    const auto [device, noNames] = addChoice(*fru, *choice);
     CLI::Option* isShort =
         fru->add_flag("--short", choice->isShort, "A line for each device");
     addNotes(*fru, notes);

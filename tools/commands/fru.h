@@ -2,13 +2,16 @@
 #ifndef VEK_TOOLS_COMMANDS_FRU_H
 #define VEK_TOOLS_COMMANDS_FRU_H
 
+#include <utility>
+
 #include "tools/collect/fru.h"
 #include "tools/options.h"
 
 namespace CLI
 {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace Tool
 {
@@ -24,12 +27,9 @@ struct FruChoice
     bool isShort = false; ///< A line each.
 };
 
-constexpr char fruHelp[] =
-    "Its number (decimal or 0x..), NUMBER@ADDRESS for another controller's, or "
-    "its name";
-constexpr char noNamesHelp[] =
-    "Do not read the records that tell its name and entity, which takes longer "
-    "than the device; it is named by its number then";
+/// DEVICE, which must not be empty, and --no-names.
+std::pair<CLI::Option*, CLI::Option*> addChoice(CLI::App& app,
+                                                FruChoice& choice);
 
 /// @throws CLI::ValidationError for no names where only they would tell.
 void checkChoice(const FruChoice& choice);

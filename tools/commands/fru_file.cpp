@@ -153,9 +153,8 @@ void addFruSave(CLI::App& fru, Run& runs)
     CLI::App* save_ = fru.add_subcommand(
         "save", "Write the bytes of a device into a file, for 'fru decode'");
     const auto arguments = std::make_shared<Arguments>();
-    save_->add_option("DEVICE", arguments->choice.device, fruHelp)->required();
+    addChoice(*save_, arguments->choice).first->required();
     save_->add_option("FILE", arguments->file, "Where to")->required();
-    save_->add_flag("--no-names", arguments->choice.noNames, noNamesHelp);
     addNotes(*save_, saveNotes);
     save_->callback([arguments, &runs] {
         checkChoice(arguments->choice);

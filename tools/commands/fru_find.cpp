@@ -25,12 +25,39 @@ Locators select(const Locators& all,
     return found;
 }
 
-// "0@0x72"
-bool readPlace(const std::string& what, uint8_t& id, uint8_t& address)
+/// "0@0x72", "0@0x72/6", "0@0x72/6.1"
+struct Place
 {
-    const size_t at = what.find('@');
-    return at != std::string::npos && readByte(what.substr(0, at), id) &&
-           readByte(what.substr(at + 1), address);
+    uint8_t id = 0, address = 0, channel = 0, lun = 0;
+    bool isExact = false; ///< Else on any channel and LUN.
+
+    bool read(std::string text);
+    bool fits(const FruLocator& locator) const
+    {
+        return locator.deviceId == id && locator.address == address &&
+               (!isExact || (locator.channel == channel && locator.lun == lun));
+    }
+};
+
+// Takes what is behind `mark` off `text`; whether it is a number, or missing.
+bool takeLast(std::string& text, char mark, uint8_t& number, bool& isGiven)
+{
+    const size_t at = text.find(mark);
+    isGiven = at != std::string::npos;
+    if (!isGiven)
+        return true;
+    const bool isNumber = readByte(text.substr(at + 1), number);
+    text.erase(at);
+    return isNumber;
+}
+
+bool Place::read(std::string text)
+{
+    bool hasLun, hasAddress;
+    return takeLast(text, '.', lun, hasLun) &&
+           takeLast(text, '/', channel, isExact) && (isExact || !hasLun) &&
+           takeLast(text, '@', address, hasAddress) && hasAddress &&
+           readByte(text, id);
 }
 
 // A name in other letters is a guess, so it goes last.
@@ -54,16 +81,23 @@ Locators byNumber(const Locators& all, uint8_t id)
     return {found.empty() ? fruLocatorOf(id) : found.front()};
 }
 
+// Two records of the very same device are one device.
+Locators byPlace(const Locators& all, const Place& place)
+{
+    Locators found = select(
+        all, [&](const FruLocator& locator) { return place.fits(locator); });
+    if (place.isExact && found.size() > 1)
+        found.resize(1);
+    return found;
+}
+
 Locators candidates(const Locators& all, const std::string& what)
 {
-    uint8_t id = 0, address = 0;
+    uint8_t id = 0;
     if (readByte(what, id))
         return byNumber(all, id);
-    if (readPlace(what, id, address))
-        return select(all, [&](const FruLocator& locator) {
-            return locator.deviceId == id && locator.address == address;
-        });
-    return byName(all, what);
+    Place place;
+    return place.read(what) ? byPlace(all, place) : byName(all, what);
 }
 
 std::string listOf(const Locators& locators)
@@ -95,10 +129,28 @@ FruLocator find(const Locators& all, const std::string& what, bool isWhole)
                   "no FRU device " + quoted + "; there are:", listOf(all)};
 }
 
+constexpr char deviceHelp[] =
+    "Its number (decimal or 0x..), for another controller's NUMBER@ADDRESS or "
+    "NUMBER@ADDRESS/CHANNEL, or its name";
+constexpr char noNamesHelp[] =
+    "Do not read the records that tell its name and entity, which takes longer "
+    "than the device; it is named by its number then";
+
 constexpr char unnamed[] = "FRU devices of which only their records tell are "
                            "missing, and names.";
 
 } // namespace
+
+std::pair<CLI::Option*, CLI::Option*> addChoice(CLI::App& app,
+                                                FruChoice& choice)
+{
+    const auto isEmpty = [](const std::string& text) {
+        return std::string{text.empty() ? "must not be empty" : ""};
+    };
+    CLI::Option* device = app.add_option("DEVICE", choice.device, deviceHelp)
+                              ->check(CLI::Validator{isEmpty, ""});
+    return {device, app.add_flag("--no-names", choice.noNames, noNamesHelp)};
+}
 
 void checkChoice(const FruChoice& choice)
 {

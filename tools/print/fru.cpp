@@ -59,28 +59,26 @@ std::string textOf(const FruValue& value)
     return *value.unit ? number + " " + value.unit : number;
 }
 
+std::string countOfBytes(size_t count)
+{
+    return std::to_string(count) + (count == 1 ? " byte" : " bytes");
+}
+
 std::string bytesText(const Bytes& bytes)
 {
     std::string text = hexDump(bytes, bytes.size());
     return text.substr(0, text.size() - 1);
 }
 
-// Words for all that is in it go without its bytes.
-bool needsBytes(const FruRecord& record)
-{
-    constexpr uint8_t firstOem = 0xC0;
-    return record.values.empty() || record.type >= firstOem;
-}
-
 void addRecord(Block& block, const FruRecord& record, size_t number)
 {
-    const auto size = std::to_string(record.data.size());
     block.row("Multi-record " + std::to_string(number),
               std::string{record.typeName()} + " (" + hexNumber(record.type) +
-                  "), " + size + " bytes at " + hexNumber(record.offset));
+                  "), " + countOfBytes(record.data.size()) + " at " +
+                  hexNumber(record.offset));
     for (const FruValue& value : record.values)
         block.row(std::string{"  "} + value.label, textOf(value));
-    if (needsBytes(record))
+    if (!record.isAllInWords())
         block.row("  Bytes", bytesText(record.data));
 }
 
@@ -100,9 +98,8 @@ std::string problemKey(Kind kind)
 void addArea(Block& block, const Ipmi::IpmiFruArea& area)
 {
     if (area.kind == Kind::INTERNAL)
-        block.row("Internal use area", std::to_string(area.bytes.size()) +
-                                           " bytes at " +
-                                           hexNumber(area.offset));
+        block.row("Internal use area", countOfBytes(area.bytes.size()) +
+                                           " at " + hexNumber(area.offset));
     for (const Ipmi::IpmiFruField& field : area.fields)
         block.row(fieldLabel(area.kind, field.name), textOf(field));
     if (area.kind == Kind::PRODUCT && area.fields.empty() &&

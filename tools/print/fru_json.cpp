@@ -92,7 +92,7 @@ Json toJson(const Ipmi::IpmiFruArea& area)
 
 Json contentsWord(const FruDevice& device)
 {
-    if (!device.completion.ok())
+    if (!device.completion.ok() || device.contents.headerResult != 0)
         return nullptr;
     return device.isSpd() ? "spd" : "fru";
 }
@@ -104,6 +104,21 @@ Json entityJson(const FruLocator& locator)
     return {{"id", locator.entityId},
             {"instance", locator.entityInstance},
             {"name", locator.entityName}};
+}
+
+// Of a file there is none.
+Json areasJson(const Ipmi::IpmiFruContents& contents)
+{
+    Json areas = Json::array();
+    for (const Ipmi::IpmiFruArea& area : contents.areas) {
+        Json json = toJson(area);
+        json["completion"] = area.result == Ipmi::fruRunsPastEnd
+                                 ? Json(nullptr)
+                                 : Tool::toJson(commands::readFruData,
+                                                completionOf(area.result));
+        areas.push_back(std::move(json));
+    }
+    return areas;
 }
 
 Json toJson(const FruDevice& device)
@@ -125,11 +140,13 @@ Json toJson(const FruDevice& device)
     json["present"] = device.isAbsent() ? Json(false)
                       : isRead          ? Json(true)
                                         : Json(nullptr);
+    json["complete"] = !device.isFailed();
     json["contents"] = contentsWord(device);
     json["access"] = !isRead                   ? Json(nullptr)
                      : device.contents.byWords ? Json("word")
                                                : Json("byte");
     json.update(Tool::toJson(device.contents));
+    json["areas"] = areasJson(device.contents);
     if (!isRead)
         json["size"] = nullptr;
     if (device.isSpd())

@@ -70,7 +70,11 @@ std::string fieldLabel(Kind kind, const std::string& name)
 std::string fruNumber(const FruLocator& locator)
 {
     const std::string id = std::to_string(locator.deviceId);
-    return locator.isOwn() ? id : id + "@0x" + hexByte(locator.address);
+    if (locator.isOwn())
+        return id;
+    return id + "@0x" + hexByte(locator.address) + "/" +
+           std::to_string(locator.channel) +
+           (locator.lun == 0 ? "" : "." + std::to_string(locator.lun));
 }
 
 std::string placeText(const FruLocator& locator)

@@ -18,7 +18,7 @@ std::string fieldKey(const std::string& name);
 /// "Board serial number"
 std::string fieldLabel(Ipmi::IpmiFruArea::Kind kind, const std::string& name);
 
-/// "0", "0@0x72": as a command line takes it.
+/// "0", "0@0x72/6", "0@0x72/6.1": as a command line takes it.
 std::string fruNumber(const FruLocator& locator);
 
 /// "FRU device 0 of 72h on channel 6"
