@@ -147,21 +147,6 @@ int readRecords(ipmiifc_resp* resp)
     return 0;
 }
 
-void buildEntities(int number)
-{
-    IpmiIfcEntityListCreate(number);
-    IpmiIfcEntityInstantiateAll(number);
-}
-
-// For programs that want the records and ask no sensor.
-int readRecordsAndEntities(ipmiifc_resp* resp)
-{
-    if (readRecords(resp) != 0)
-        return -1;
-    buildEntities(resp->node);
-    return 0;
-}
-
 // What the handler makes of a good answer is not looked at.
 int refreshWith(int number, int (*handle)(ipmiifc_resp*))
 {
@@ -185,7 +170,7 @@ int IpmiIfcSdrGetInfo(int number)
 
 int IpmiIfcSdrReadRecords(int number)
 {
-    return refreshWith(number, readRecordsAndEntities);
+    return refreshWith(number, readRecords);
 }
 
 int IpmiIfcRhGetSdrInfo(ipmiifc_resp* resp)
@@ -194,7 +179,8 @@ int IpmiIfcRhGetSdrInfo(ipmiifc_resp* resp)
         return -1;
     const int number = resp->node;
     IpmiIfcSensorInstantiateAll(number);
-    buildEntities(number);
+    IpmiIfcEntityListCreate(number);
+    IpmiIfcEntityInstantiateAll(number);
     return 0;
 }
 

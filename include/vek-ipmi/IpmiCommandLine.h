@@ -59,9 +59,9 @@ int IpmiIfcSendCmdTo(int node, const IpmiTarget& target, uint8_t cmd,
 /// tell about its repository; what could be read is there in any case.
 int IpmiIfcSdrGetInfo(int node);
 
-/// Reads the records alone, for IpmiIfc::getSdrRecords, getEntities and
-/// getEntityTree, and asks no sensor anything. The sensors that were made of
-/// earlier ones stay. 0 or -1 as IpmiIfcSdrGetInfo.
+/// Reads the records alone, for IpmiIfc::getSdrRecords, and asks no sensor
+/// anything. The sensors that were made of earlier ones stay. 0 or -1 as
+/// IpmiIfcSdrGetInfo.
 int IpmiIfcSdrReadRecords(int node);
 
 /// How far either, on another thread, has come. Takes no lock.
