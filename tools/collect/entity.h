@@ -4,7 +4,7 @@
 #define VEK_TOOLS_COLLECT_ENTITY_H
 
 #include <string>
-#include <utility>
+#include <tuple>
 #include <vector>
 
 #include "tools/collect/record.h"
@@ -12,8 +12,21 @@
 namespace Tool
 {
 
-/// Entity id and instance, the latter in seven bits.
-using EntityId = std::pair<uint8_t, uint8_t>;
+/// Which entity. One with a device-relative instance (IPMI v2.0, 39.1) is
+/// another for each controller.
+struct EntityId
+{
+    uint8_t id = 0, instance = 0; ///< The latter in seven bits.
+    /// Of the controller; 0 where the instance is one of the whole machine.
+    uint8_t address = 0, channel = 0;
+
+    bool isRelative() const { return instance >= 0x60; }
+    bool operator<(const EntityId& other) const
+    {
+        return std::tie(id, instance, address, channel) <
+               std::tie(other.id, other.instance, other.address, other.channel);
+    }
+};
 
 /// Something that a record says is of an entity.
 struct EntityMember
@@ -22,7 +35,9 @@ struct EntityMember
     std::string name;             ///< May be empty.
     std::string sensor;           ///< Device id of a sensor, else empty.
     uint8_t fruDeviceId = 0,      ///< Of a FRU device.
-        address = 0, channel = 0; ///< Of the controller of any other device.
+        address = 0, channel = 0; ///< Of the controller of any device.
+    /// Of a FRU device: FRU commands reach it. Else its id is its address.
+    bool isLogical = false;
 };
 
 struct Entity

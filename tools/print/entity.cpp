@@ -170,11 +170,20 @@ std::string summary(const std::vector<Entity>& entities)
            counted(sensors, "sensors, ") + counted(frus, "FRU devices\n");
 }
 
+Json idJson(const EntityId& id)
+{
+    const bool isRelative = id.isRelative();
+    return {{"id", id.id},
+            {"instance", id.instance},
+            {"address", isRelative ? Json(id.address) : Json(nullptr)},
+            {"channel", isRelative ? Json(id.channel) : Json(nullptr)}};
+}
+
 Json idsJson(const std::vector<EntityId>& ids)
 {
     Json json = Json::array();
-    for (const auto& [id, instance] : ids)
-        json.push_back({{"id", id}, {"instance", instance}});
+    for (const EntityId& id : ids)
+        json.push_back(idJson(id));
     return json;
 }
 
@@ -191,6 +200,7 @@ Json sensorJson(const EntityMember& sensor)
 Json fruJson(const EntityMember& fru)
 {
     return {{"deviceId", fru.fruDeviceId},
+            {"logical", fru.isLogical},
             {"address", fru.address},
             {"channel", fru.channel},
             {"name", nameJson(fru)}};
@@ -215,9 +225,7 @@ Json listJson(const std::vector<EntityMember>& members,
 
 Json toJson(const Entity& entity)
 {
-    Json json;
-    json["id"] = entity.id.first;
-    json["instance"] = entity.id.second;
+    Json json = idJson(entity.id);
     json["name"] = entity.name;
     json["alertClass"] = entity.alertClass;
     json["contains"] = idsJson(entity.contains);
@@ -250,10 +258,17 @@ std::string toTree(const std::vector<Entity>& entities, const TreeStyle& style)
 std::string entityText(const Entity& entity)
 {
     constexpr uint8_t lastNamed = 0x36;
-    const auto [id, instance] = entity.id;
-    return entity.name + " " +
-           (id > lastNamed ? "(" + hexNumber(id) + ") " : "") +
-           std::to_string(instance);
+    constexpr uint8_t ownAddress = 0x20;
+    const EntityId& id = entity.id;
+    std::string text =
+        entity.name + " " +
+        (id.id > lastNamed ? "(" + hexNumber(id.id) + ") " : "") +
+        std::to_string(id.instance);
+    if (id.isRelative() && (id.address != ownAddress || id.channel != 0))
+        text += " of " + hexNumber(id.address);
+    if (id.channel != 0)
+        text += " on channel " + std::to_string(id.channel);
+    return text;
 }
 
 Json toJson(const std::vector<Entity>& entities, const Repository& repository)
