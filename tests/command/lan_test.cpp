@@ -39,7 +39,21 @@ TEST(Lan, saysWhatCannotBeRead)
         {"no channel", "$tool --simulate lan --channel 12", 1, "", "1 to 11"},
         {"silent channels",
          "$sim --count --fault cmd=get-channel-info,cc=c3 -- $tool lan", 4, "",
-         "2 channels: C3h.*\n.*\n.*get-channel-info +2\n"},
+         "2 channels: C3h.*; 9 were not asked\n.*\n.*get-channel-info +2\n"},
+        {"the only one is busy",
+         "$sim --fault cmd=get-channel-info,data=01,cc=c0 -- $tool lan", 3, "",
+         "IPMB .*1 channel: C0h"},
+        {"all answers are cut",
+         "$sim --fault cmd=get-channel-info,cut=2 -- $tool lan", 4, "",
+         "the answer was cut"},
+        {"one of two is busy, or silent with its neighbour",
+         "for rule in 1,cc=c0 1,flip=1:02 ?,after=1,cc=c3; do "
+         "$sim --profile " TWO_LANS " --fault "
+         "cmd=get-channel-info,data=0$rule -- $tool lan; done | "
+         "grep -A 1 -E '^(Chan|Not)' | cut -c -60",
+         0, "@lan-busy.txt",
+         "1 was not read: C0h(.*\n)*.*for another one(.*\n)*"
+         ".*Info: channels 2 to 3, and all that follow, were"},
         {"one channel is silent",
          "$sim --fault cmd=get-channel-info,data=02,cc=c3 -- $tool lan | "
          "tail -n 1 | cut -c -39",
@@ -60,6 +74,22 @@ TEST(Lan, saysWhatCannotBeRead)
          "          \"what\": \"static IPv6 address 1\",\n"
          "          \"completion\": {\n            \"code\": 0,\n",
          "static IPv6 address 1 was not read: the answer was cut"},
+        {"silent now and then",
+         "$sim --count --fault cmd=get-lan-configuration,every=2,cc=c3 -- "
+         "$tool lan >/dev/null",
+         4, "",
+         "gateway's MAC address, and what follows it (.*\n)*.*configuration "
+         "+8\n"},
+        {"a run of failures is one",
+         FAULT("data=01:3b,cc=cc") "lan --json | grep '\"what\"'", 0,
+         "          \"what\": \"dynamic IPv6 addresses 0 to 1\",\n",
+         "addresses 0 to 1 were not read: CCh"},
+        {"an answer for another place",
+         FAULT("data=01:3b:01,flip=2:02") "lan >/dev/null", 4, "",
+         "address 1 was not read: the controller answered for another"},
+        {"without the number of places",
+         FAULT("data=01:37,cc=80") "lan --json | grep -c '\"kind\"'", 0, "2\n",
+         ""},
         {"left out, not a gap",
          FAULT("data=01:0c,cc=80") "lan | grep -c ateway", 0, "3\n", ""},
         {"silent from there on",

@@ -38,12 +38,24 @@ constexpr uint8_t firstChannel = 1, lastChannel = 11; // IPMI v2.0, 6.3
 
 } // namespace lan
 
+/// What a question is about: "the gateway"; "static IPv6 address 1"; "the MAC
+/// address of dynamic IPv6 routers 0 to 9".
+struct LanItem
+{
+    const char *part = "", *one = "", *many = ""; ///< `many`: it has a number.
+    unsigned first = 0, last = 0;
+};
+
 /// Something that was not read, though it may be there.
 struct LanGap
 {
-    std::string what;
+    LanItem item;
     Command command;
     Completion completion;
+    bool isOfAnother = false; ///< The answer was for another selector.
+    const char* rest = "";    ///< What was not asked for after that.
+
+    std::string what() const;
 };
 
 struct LanAddress
@@ -77,6 +89,7 @@ struct LanInterface
     std::vector<LanRouter> routers;
     std::vector<LanGap> gaps;
 
+    bool hasIpv6() const;
     /// Null for none.
     const Bytes* find(lan::Parameter parameter) const;
 };
@@ -86,14 +99,19 @@ struct LanChannel
 {
     uint8_t number = 0;
     Completion completion;
-    uint8_t medium = 0; ///< IPMI v2.0, table 6-3.
+    uint8_t medium = 0;       ///< IPMI v2.0, table 6-3.
+    bool isOfAnother = false; ///< The answer was for another channel.
 
+    bool isKnown() const { return completion.ok() && !isOfAnother; }
     bool isLan() const;
+    /// It did not say what it is. One that the controller does not have did.
+    bool isGap() const;
 };
 
 struct Lan
 {
     std::vector<LanChannel> channels; ///< All that were asked for.
+    unsigned notAsked = 0;            ///< Channels, after too much silence.
     std::vector<LanInterface> interfaces;
 
     /// Channels that did not say whether they are LAN channels.

@@ -78,13 +78,16 @@ std::vector<std::string> addressLines(const LanInterface& one)
     std::vector<std::string> lines;
     for (const LanAddress& address : one.addresses) {
         const bool isOff = !address.isDynamic && !address.isEnabled;
-        if (address.isUsed() || !isOff)
+        if (address.isUsed() || address.isEnabled)
             lines.push_back(withPrefix(address.address, address.prefixLength) +
-                            ", " + ipv6SourceName(address.source) + ", " +
+                            ", " + ipv6SourceName(address) + ", " +
                             ipv6StatusName(address.status) +
                             (isOff ? ", not enabled" : ""));
     }
-    return lines.empty() ? std::vector<std::string>{"none"} : lines;
+    // What was not read may be there.
+    if (lines.empty() && one.gaps.empty())
+        lines.push_back(one.find(lan::ipv6Status) ? "none" : "not told");
+    return lines;
 }
 
 std::vector<std::string> routerLines(const LanInterface& one)
@@ -106,8 +109,7 @@ void addGaps(Table& table, const std::vector<LanGap>& gaps)
 {
     std::vector<std::string> lines;
     for (const LanGap& gap : gaps)
-        lines.push_back(gap.what + " (" + inWords(gap.command, gap.completion) +
-                        ")");
+        lines.push_back(gap.what() + " (" + whyGap(gap) + ")");
     if (!lines.empty())
         table.row("Not read", lines);
 }
@@ -125,8 +127,9 @@ std::string toTable(const LanInterface& one)
     for (const Row& row : rows)
         if (const Bytes* value = one.find(row.parameter))
             table.row(row.key, row.text(one, *value));
-    if (one.find(lan::ipv6Status))
-        table.row("IPv6 addresses", addressLines(one));
+    if (one.hasIpv6())
+        if (const auto lines = addressLines(one); !lines.empty())
+            table.row("IPv6 addresses", lines);
     if (!one.routers.empty())
         table.row("IPv6 routers", routerLines(one));
     addGaps(table, one.gaps);
@@ -140,11 +143,13 @@ std::string channelsInWords(const Lan& lan)
     std::vector<std::pair<std::string, unsigned>> failures;
     for (const LanChannel& channel : lan.channels) {
         const std::string words =
-            inWords(commands::getChannelInfo, channel.completion);
+            channel.isOfAnother
+                ? "the answer was for another one"
+                : inWords(commands::getChannelInfo, channel.completion);
         const auto same =
             std::find_if(failures.begin(), failures.end(),
                          [&](const auto& one) { return one.first == words; });
-        if (channel.completion.ok())
+        if (channel.isKnown())
             text += (text.empty() ? "" : "; ") + std::string{"channel "} +
                     std::to_string(channel.number) + " is " +
                     mediumName(channel.medium);
@@ -156,6 +161,8 @@ std::string channelsInWords(const Lan& lan)
     for (const auto& [words, count] : failures)
         text += (text.empty() ? "" : "; ") + std::to_string(count) +
                 (count == 1 ? " channel: " : " channels: ") + words;
+    if (lan.notAsked != 0)
+        text += "; " + std::to_string(lan.notAsked) + " were not asked";
     return text;
 }
 
@@ -176,10 +183,13 @@ std::vector<Failure> failuresOf(const Lan& lan)
 {
     std::vector<Failure> failures;
     const auto add = [&](const std::string& whose, const LanGap& gap) {
-        failures.push_back({Status::failed,
-                            whose + gap.what + " was not read: " +
-                                inWords(gap.command, gap.completion),
-                            nextStep(gap.completion)});
+        failures.push_back(
+            {Status::failed,
+             whose + gap.what() +
+                 (gap.item.first == gap.item.last ? " was not read: "
+                                                  : " were not read: ") +
+                 whyGap(gap),
+             nextStep(gap.completion)});
     };
     for (const LanGap& gap : lan.gaps())
         add("Get Channel Info: ", gap);
@@ -192,15 +202,14 @@ std::vector<Failure> failuresOf(const Lan& lan)
 Failure whyNoLan(const Lan& lan)
 {
     const LanChannel& first = lan.channels.front();
-    if (lan.channels.size() == 1 && first.completion.ok())
+    if (lan.channels.size() == 1 && first.isKnown())
         return {Status::usage,
                 "channel " + std::to_string(first.number) +
                     " is no LAN channel but " + mediumName(first.medium),
                 "See which are: vek-ipmi lan"};
     const bool answered = std::none_of(
-        lan.channels.begin(), lan.channels.end(),
-        [](const LanChannel& channel) {
-            return channel.completion.isUnanswered() || channel.completion.ok();
+        lan.channels.begin(), lan.channels.end(), [](const LanChannel& one) {
+            return one.completion.status() == Status::failed || one.isOfAnother;
         });
     return {answered ? Status::refused : Status::failed,
             "no LAN channel was found with Get Channel Info: " +

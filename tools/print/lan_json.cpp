@@ -66,7 +66,8 @@ Json toJson(const LanAddress& address)
             {"index", address.index},
             {"address", ipv6Text(address.address)},
             {"prefixLength", address.prefixLength},
-            {"source", codeJson(address.source, ipv6SourceName)},
+            {"source",
+             {{"code", address.source}, {"name", ipv6SourceName(address)}}},
             {"enabled",
              address.isDynamic ? Json(nullptr) : Json(address.isEnabled)},
             {"status", codeJson(address.status, ipv6StatusName)}};
@@ -89,8 +90,10 @@ Json toJson(const LanRouter& router)
 
 Json toJson(const LanGap& gap)
 {
-    return {{"what", gap.what},
-            {"completion", toJson(gap.command, gap.completion)}};
+    Json completion = toJson(gap.command, gap.completion);
+    if (gap.isOfAnother)
+        completion["words"] = whyGap(gap);
+    return {{"what", gap.what()}, {"completion", std::move(completion)}};
 }
 
 Json toJson(const LanInterface& one);

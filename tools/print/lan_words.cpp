@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 
+#include "tools/print/completion_codes.h"
 #include "tools/print/self_test.h"
 
 namespace Tool
@@ -27,10 +28,15 @@ constexpr BitName supports[] = {
 constexpr BitName dynamicSupports[] = {{0, "DHCPv6"}, {1, "SLAAC"}};
 constexpr BitName routerControls[] = {{0, "static"}, {1, "dynamic"}};
 
+std::string reserved(uint8_t code)
+{
+    return "reserved (" + hexNumber(code) + ")";
+}
+
 template <size_t count>
 std::string nameIn(const char* const (&names)[count], uint8_t code)
 {
-    return code < count ? names[code] : "reserved (" + hexNumber(code) + ")";
+    return code < count ? names[code] : reserved(code);
 }
 
 } // namespace
@@ -68,9 +74,17 @@ std::vector<std::string> routerControlNames(uint8_t bits)
     return namesOfBits(routerControls, bits);
 }
 
-std::string ipv6SourceName(uint8_t code)
+std::string ipv6SourceName(const LanAddress& address)
 {
-    return nameIn(ipv6Sources, code);
+    if (address.isDynamic && address.source == 0)
+        return reserved(address.source);
+    return nameIn(ipv6Sources, address.source);
+}
+
+std::string whyGap(const LanGap& gap)
+{
+    return gap.isOfAnother ? "the controller answered for another one"
+                           : inWords(gap.command, gap.completion);
 }
 
 std::string ipv6StatusName(uint8_t code)

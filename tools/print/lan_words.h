@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/collect/lan.h"
 #include "tools/print/text.h"
 
 namespace Tool
@@ -24,10 +25,13 @@ std::vector<std::string> ipv6SupportNames(uint8_t bits);
 std::vector<std::string> dynamicSupportNames(uint8_t bits);
 /// "static", "dynamic"
 std::vector<std::string> routerControlNames(uint8_t bits);
-/// Of an IPv6 address: "static", "SLAAC", "DHCPv6".
-std::string ipv6SourceName(uint8_t code);
+/// "static", "SLAAC", "DHCPv6"; a dynamic one is never static.
+std::string ipv6SourceName(const LanAddress& address);
 /// "active", "deprecated"
 std::string ipv6StatusName(uint8_t code);
+
+/// What became of the question.
+std::string whyGap(const LanGap& gap);
 
 /// The beginning of the value as "192.0.2.1" and "02:00:5e:10:0a:01".
 std::string ipv4Text(const Bytes& value);
