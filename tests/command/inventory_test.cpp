@@ -3,6 +3,8 @@
 
 #include "tests/command/program.h"
 
+#define NO_RECORDS EXPECTED_FOLDER "/../profiles/two-lans.json"
+
 namespace Tool
 {
 namespace
@@ -45,6 +47,14 @@ TEST(Inventory, showsWhatIsLeft)
          "-- $tool inventory",
          4, "@inventory-faults.txt",
          "Get Device ID failed: D2h.*\n.*\n.*only 0 of 119 .*"},
+        {"the only ones of their kind are busy",
+         "$sim --fault cmd=get-channel-info,data=01,cc=c0 "
+         "--fault cmd=get-fru-inventory-area-info,cc=c0 --profile " NO_RECORDS
+         " -- $tool inventory | grep -E 'C0h'",
+         0,
+         "    Contents  not read: C0h: node busy\n"
+         "  Not read              channel 1 (C0h: node busy)\n",
+         "FRU device 0 was not read.*\n.*\n.*channel 1 was not read"},
         {"nothing answers",
          "$sim --fault cmd=get-device-id,cc=c3 "
          "--fault netfn=0a,cc=c3 --fault cmd=get-channel-info,cc=c3 "

@@ -2,7 +2,8 @@
 #ifndef VEK_TOOLS_COLLECT_INVENTORY_H
 #define VEK_TOOLS_COLLECT_INVENTORY_H
 
-#include <algorithm>
+#include <optional>
+#include <vector>
 
 #include "tools/collect/entity.h"
 #include "tools/collect/fru.h"
@@ -30,15 +31,10 @@ struct Inventory
     Lan lan;
     std::vector<InventoryGap> gaps;
 
+    /// Without a device 0 that no record tells of and that is not there.
+    std::vector<FruDevice> knownFrus() const;
     /// Nothing was read at all.
-    bool isEmpty() const
-    {
-        const auto isRead = [](const FruDevice& device) {
-            return device.completion.ok();
-        };
-        return !info && entities.empty() && lan.interfaces.empty() &&
-               std::none_of(frus.begin(), frus.end(), isRead);
-    }
+    bool isEmpty() const;
 };
 
 } // namespace Tool

@@ -3,8 +3,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-
 #include "tools/commands/commands.h"
 #include "tools/commands/discovery.h"
 #include "tools/commands/fru.h"
@@ -48,19 +46,10 @@ void readRecords(Device& device, Inventory& inventory)
     inventory.entities = entitiesOf(collectRecords());
 }
 
-// That there is a device 0 is a guess where no record tells of it.
-bool isNone(const FruDevice& device)
-{
-    const Completion& completion = device.completion;
-    return !device.locator.isRecord && !completion.ok() &&
-           !completion.isUnanswered() && !completion.isCut;
-}
-
 void readFrus(Device& device, Inventory& inventory)
 {
-    auto& frus = inventory.frus;
-    frus = collectFrus(device, fruLocators());
-    frus.erase(std::remove_if(frus.begin(), frus.end(), isNone), frus.end());
+    inventory.frus = collectFrus(device, fruLocators());
+    const std::vector<FruDevice> frus = inventory.knownFrus();
     if (frus.empty())
         note(inventory, "fru",
              {{Status::done, "the controller has no FRU device", ""}});

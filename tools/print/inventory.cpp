@@ -167,7 +167,7 @@ std::string toPage(const Inventory& inventory, TreeStyle style)
                    inventory.info ? toTable(*inventory.info) : "") +
            '\n' +
            section("FRU devices", "fru", inventory,
-                   textOf(inventory.frus, style.width)) +
+                   textOf(inventory.knownFrus(), style.width)) +
            '\n' +
            section("Entities", "entities", inventory,
                    named ? toTree(inventory.entities, style) : "") +
