@@ -1,10 +1,12 @@
 // A FRU device's bytes: as a whole image, as each kind of area through every
-// getter, and as a chain of multi-records through every key.
+// getter, and as a chain of multi-records through every key and as the command
+// shows it.
 #include <vek-ipmi/IpmiFruImage.h>
 #include <vek-ipmi/IpmiIfc.h>
 
 #include "fuzz/target.h"
 #include "tests/support/libc_seam.h"
+#include "tools/collect/fru_record.h"
 
 using namespace Ipmi;
 
@@ -35,6 +37,13 @@ void readChain(const IpmiFruMulti& chain)
     sum += chain.isMultiRecordTypePresent(0xc0);
 }
 
+void readRecords(const IpmiFruArea& area)
+{
+    for (const Tool::FruRecord& record : Tool::fruRecordsOf(area))
+        for (const Tool::FruValue& value : record.values)
+            sum += value.words.size() + record.isAllInWords();
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -43,11 +52,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     readPart<IpmiFruBoard>(data, size);
     readPart<IpmiFruProduct>(data, size);
     readChain(IpmiFruMulti{unsigned(size), data});
+    IpmiFruArea chain{};
+    chain.multi = std::make_shared<IpmiFruMulti>(unsigned(size), data);
+    readRecords(chain);
     for (const IpmiFruArea& area : decodeFruImage(data, unsigned(size)).areas) {
         for (const IpmiFruField& field : area.fields)
             sum += field.name.size() + field.value.size();
         if (area.multi)
             readChain(*area.multi);
+        readRecords(area);
     }
     Seam::takeLog();
     return 0;

@@ -82,14 +82,36 @@ echo '{"identity": {"manufacturer": 0}, "repository": {"records": [
  {"device": 4, "raw": "01 00 00 00 00 00 00 ff"}]}' >p.json
 )sh";
 
+constexpr char moreProfile[] = R"sh(
+echo '{"identity": {"manufacturer": 0}, "repository": {"records": [
+ {"type": "fru-locator", "fru": 5, "name": "A", "accessAddress": 114,
+  "channel": 6},
+ {"type": "fru-locator", "fru": 5, "name": "A", "accessAddress": 114,
+  "channel": 7, "lun": 1},
+ {"type": "fru-locator", "fru": 5, "name": "SPD", "deviceType": 16,
+  "deviceModifier": 1}]},
+ "frus": [{"device": 5, "raw": "11 08 0b 03 03 03 03 03 03 03 03 03"}]}' >p.json
+)sh";
+
 TEST(Fru, withFaultsIsShownAndToldSo)
 {
+    const std::string channels =
+        std::string{moreProfile} + "$sim --profile p.json -- $tool fru ";
     const std::string faults = std::string{profile} +
                                "$sim --profile p.json -- $tool fru",
                       twins = faults + " twin";
     checkInFolder({
         {"what devices hold", faults.c_str(), 4, "@fru-faults.txt",
          "'WORD' .* may be misread: it is accessed by words"},
+        {"twins on two channels", (channels + "5@0x72").c_str(), 1, "",
+         "fits 2 FRU devices.*\n  5@0x72/6  A\n  5@0x72/7.1  A"},
+        {"one of them", (channels + "5@0x72/7.1").c_str(), 4, "",
+         "FRU device 5 of 72h on channel 7, LUN 1 was not read"},
+        {"a memory module whose first byte looks like a FRU's",
+         (channels + "5 --short | tail -n 1").c_str(), 0,
+         "5       SPD   Unspecified 1                                       "
+         "SPD\n",
+         ""},
         {"twins", twins.c_str(), 1, "",
          "fits 2 FRU devices.*\n  0  TWIN\n  3  TWIN"},
         {"a part is not read, the others are",

@@ -156,7 +156,7 @@ constexpr Access accesses[] = {
     {0x03, "systemPingAddress", "System ping address"},
     {0x04, "componentUrl", "Component URL"},
     {0x05, "componentName", "Component name"},
-    {0x06, "componentPingAddress", "Component ping address"},
+    {0x06, "componentPingAddress", "Component ping addr"},
     {systemUniqueId, "systemUniqueId", "System unique ID"},
 };
 
@@ -289,13 +289,14 @@ void addCompatibility(FruRecord& record)
     static constexpr struct
     {
         const char *key, *label;
-    } numbers[] = {{"entityId", "Entity ID"},
-                   {"compatibilityBase", "Compatibility base"},
-                   {"codeStart", "Code start"}};
+        uint8_t used; ///< Its bits.
+    } numbers[] = {{"entityId", "Entity ID", 0xFF},
+                   {"compatibilityBase", "Compatibility base", 0xFF},
+                   {"codeStart", "Code start", 0x7F}};
     size_t at = entityAt;
     for (const auto& number : numbers) {
         FruValue value{number.key, number.label};
-        value.raw = record.data[at++];
+        value.raw = record.data[at++] & number.used;
         record.values.push_back(value);
     }
     FruValue mask{"codeMask", "Code mask"};
