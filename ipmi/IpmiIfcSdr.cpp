@@ -147,8 +147,15 @@ int readRecords(ipmiifc_resp* resp)
     return 0;
 }
 
+void setWanted(IpmiNode& node, std::vector<uint8_t> types)
+{
+    VEK::WriteLock lock{node.sdrLock};
+    node.sdrWanted.swap(types);
+}
+
 // What the handler makes of a good answer is not looked at.
-int refreshWith(int number, int (*handle)(ipmiifc_resp*))
+int refreshWith(int number, int (*handle)(ipmiifc_resp*),
+                const std::vector<uint8_t>& types = {})
 {
     IpmiNode* const node = nodeRecord(number);
     if (number > highestNodeNumber || !node)
@@ -157,7 +164,9 @@ int refreshWith(int number, int (*handle)(ipmiifc_resp*))
     const Response resp = send(*node, getRepositoryInfo);
     if (!resp || resp->cc != 0)
         return -1;
+    setWanted(*node, types);
     handle(resp.get());
+    setWanted(*node, {});
     return 0;
 }
 
@@ -171,6 +180,11 @@ int IpmiIfcSdrGetInfo(int number)
 int IpmiIfcSdrReadRecords(int number)
 {
     return refreshWith(number, readRecords);
+}
+
+int IpmiIfcSdrReadRecordsOf(int number, const uint8_t* types, unsigned count)
+{
+    return refreshWith(number, readRecords, {types, types + count});
 }
 
 int IpmiIfcRhGetSdrInfo(ipmiifc_resp* resp)

@@ -253,6 +253,14 @@ int fileEntry(IpmiNode& node, ipmiifc_sdr_list* entry)
     return fileEntry(node, copy.release());
 }
 
+bool isWanted(const IpmiNode& node, uint8_t recordType)
+    VEK_REQUIRES_SHARED(node.sdrLock)
+{
+    const std::vector<uint8_t>& wanted = node.sdrWanted;
+    return wanted.empty() ||
+           std::find(wanted.begin(), wanted.end(), recordType) != wanted.end();
+}
+
 // Called and left with the lock held, released while the record is read.
 // 0; 1 for a record that cannot be read; -1 without memory.
 int readAndFile(IpmiNode& node, IpmiSdrHeader header) VEK_REQUIRES(node.sdrLock)
@@ -329,7 +337,9 @@ int IpmiIfcSdrReadAll(int number)
     // The table may be freed while the lock is released.
     for (uint32_t i = 0; i < node.sdrHeaderCount && i < node.sdrHeaderRoom; ++i)
     {
-        const int result = readAndFile(node, node.sdrHeaders[i]);
+        const IpmiSdrHeader header = node.sdrHeaders[i];
+        const int result =
+            isWanted(node, header.recordType) ? readAndFile(node, header) : 0;
         if (result < 0)
             return -1;
         node.sdrRead = i + 1;

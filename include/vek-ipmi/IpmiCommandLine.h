@@ -64,7 +64,11 @@ int IpmiIfcSdrGetInfo(int node);
 /// IpmiIfcSdrGetInfo.
 int IpmiIfcSdrReadRecords(int node);
 
-/// How far either, on another thread, has come. Takes no lock.
+/// The same for records of some types alone (IPMI v2.0, table 43-1); of others
+/// the headers are asked for, an exchange each.
+int IpmiIfcSdrReadRecordsOf(int node, const uint8_t* types, unsigned count);
+
+/// How far any of them, on another thread, has come. Takes no lock.
 IpmiSdrProgress IpmiIfcSdrGetProgress(int node);
 
 /// Reads every sensor of IpmiIfc::getSensors again, as the polling loop does:

@@ -144,6 +144,8 @@ struct IpmiNode
     uint32_t sdrHeaderCount VEK_GUARDED_BY(sdrLock) = 0;
     IpmiSdrHeader* sdrHeaders VEK_GUARDED_BY(sdrLock) = nullptr; ///< Owned.
     uint32_t sdrHeaderRoom VEK_GUARDED_BY(sdrLock) = 0;
+    /// Record types that a refresh reads; none: all of them.
+    std::vector<uint8_t> sdrWanted VEK_GUARDED_BY(sdrLock);
     /// Set by a walk that came to its end; read by nobody yet.
     uint8_t sdrHeadersComplete VEK_GUARDED_BY(sdrLock) = 0;
     ipmiifc_sdr_list* sdrLists[SDR_CLASS_COUNT] VEK_GUARDED_BY(sdrLock) = {};

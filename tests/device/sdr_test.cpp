@@ -70,6 +70,17 @@ TEST_F(Sdr, aRecordIsReadFromItsEnd)
 
 // What each fault costs in exchanges, what is left, and what the log says.
 // Three records: ids 10h, 11h, 12h of 53, 33 and 22 bytes.
+TEST_F(Sdr, recordsOfOneTypeAlone)
+{
+    hold({sensorRecord(1, 1), sensorRecord(0xc0, 7), sensorRecord(2, 2)});
+    const uint8_t oem = 0xc0;
+    EXPECT_EQ(IpmiIfcSdrReadRecordsOf(0, &oem, 1), 0);
+    EXPECT_EQ(heldIds(), (std::vector<unsigned>{0x11}));
+    EXPECT_EQ(IpmiIfcSdrGetProgress(0).records, 3u) << "none is missing";
+    EXPECT_EQ(IpmiIfcSdrGetInfo(0), 0);
+    EXPECT_EQ(heldIds().size(), 3u) << "all, when all are asked for again";
+}
+
 TEST_F(Sdr, faultsWhileTheRepositoryIsRead)
 {
     const struct

@@ -75,10 +75,11 @@ std::string progressText()
 namespace
 {
 
-Repository readBy(Device& device, int (*read)(int node))
+template <class Read>
+Repository readBy(Device& device, const Read& read)
 {
-    const Completion completion =
-        device.ask([read] { return read(0) == 0 ? 0x00 : 0xFF; }, progressText);
+    const Completion completion = device.ask(
+        [&read] { return read(0) == 0 ? 0x00 : 0xFF; }, progressText);
     if (!completion.ok())
         throw whyNotRead(device);
     checkRepository();
@@ -95,6 +96,14 @@ Repository readRepository(Device& device)
 Repository readRecordsOnly(Device& device)
 {
     return readBy(device, Ipmi::IpmiIfcSdrReadRecords);
+}
+
+Repository readRecordsOf(Device& device, const RecordTypes& types)
+{
+    return readBy(device, [&types](int node) {
+        return Ipmi::IpmiIfcSdrReadRecordsOf(node, types.data(),
+                                             unsigned(types.size()));
+    });
 }
 
 } // namespace Tool

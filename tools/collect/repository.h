@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include <vek-ipmi/IpmiSdrRecord.h>
 
@@ -29,6 +30,9 @@ struct Repository
 Repository readRepository(Device& device);
 /// The same without the sensors: for their records alone.
 Repository readRecordsOnly(Device& device);
+/// The same for records of these types; what else was found is not missing.
+using RecordTypes = std::vector<uint8_t>;
+Repository readRecordsOf(Device& device, const RecordTypes& types);
 
 /// @throws Failure when the controller told nothing usable of a repository.
 void checkRepository();

@@ -29,7 +29,7 @@ bool hasRepository(Device& device)
 } // namespace
 
 bool readForNames(Device& device, const char* unnamed,
-                  std::vector<Failure>& gaps)
+                  std::vector<Failure>& gaps, const RecordTypes& types)
 {
     if (!hasRepository(device)) {
         gaps.push_back({Status::done,
@@ -38,7 +38,7 @@ bool readForNames(Device& device, const char* unnamed,
         return true;
     }
     try {
-        const Repository repository = readRecordsOnly(device);
+        const Repository repository = readRecordsOf(device, types);
         if (repository.missing() == 0)
             return true;
         gaps.push_back({Status::failed, missingText(repository), unnamed});

@@ -18,12 +18,12 @@ struct Discovery
 /// @throws Failure without a repository.
 Discovery readDiscovery(Device& device);
 
-/// Reads the repository for the names in its records. What is lacking goes to
-/// `gaps`, with `unnamed` on what that means; a controller without a
-/// repository lacks nothing.
+/// Reads the repository for the names in its records; of some types, if they
+/// are enough. What is lacking goes to `gaps`, with `unnamed` on what that
+/// means; a controller without a repository lacks nothing.
 /// @return whether all records were read that there are.
 bool readForNames(Device& device, const char* unnamed,
-                  std::vector<Failure>& gaps);
+                  std::vector<Failure>& gaps, const RecordTypes& types = {});
 
 /// "only 90 of 105 sensor data records were read (...)"
 std::string missingText(const Repository& repository);

@@ -165,7 +165,9 @@ std::vector<FruLocator> locate(Device& device, const FruChoice& choice,
 {
     // Records cost hundreds of exchanges, a device some ten; but who asks for
     // number 3 wants to see what that is.
-    const bool isWhole = choice.noNames || readForNames(device, unnamed, gaps);
+    const bool isWhole =
+        choice.noNames ||
+        readForNames(device, unnamed, gaps, {record_types::fruLocator});
     const Locators all = fruLocators();
     if (choice.device.empty())
         return all;
