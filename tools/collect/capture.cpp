@@ -85,7 +85,7 @@ Answer CaptureQuery::ask(Command command, const Bytes& request,
 {
     if (silences_[keyOf(target)] >= mostSilence)
         return {};
-    const Answer answer = device_.exchange(command, request, target);
+    Answer answer = device_.exchange(command, request, target);
     note(answer, target);
     if (answer.possiblyCut)
         miss("an answer to " + hexNumber(command.netFn) + " " +

@@ -111,14 +111,15 @@ void addFru(CLI::App& app, Run& runs)
     fru->require_subcommand(0, 1);
     const auto choice = std::make_shared<FruChoice>();
     const auto [device, noNames] = addChoice(*fru, *choice);
-    CLI::Option* isShort =
-        fru->add_flag("--short", choice->isShort, "A line for each device");
+    const std::vector<CLI::Option*> own = {
+        device, noNames,
+        fru->add_flag("--short", choice->isShort, "A line for each device")};
     addNotes(*fru, notes);
     addFruSave(*fru, runs);
     addFruDecode(*fru, runs);
-    fru->callback([fru, device, noNames, isShort, choice, &runs] {
+    fru->callback([fru, own, choice, &runs] {
         if (!fru->get_subcommands().empty()) {
-            for (const CLI::Option* option : {device, noNames, isShort})
+            for (const CLI::Option* option : own)
                 if (option->count() != 0)
                     throw CLI::ExtrasError({option->get_name()});
             return;

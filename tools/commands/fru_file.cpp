@@ -43,7 +43,7 @@ void requireBytes(const FruImage& image, const FruLocator& locator)
 FruLocator locateOne(Device& device, const FruChoice& choice,
                      std::vector<Failure>& gaps)
 {
-    const FruLocator locator = locate(device, choice, gaps).front();
+    FruLocator locator = locate(device, choice, gaps).front();
     if (!locator.isLogical)
         throw Failure{Status::usage,
                       nameText(locator) +

@@ -168,7 +168,7 @@ std::vector<FruLocator> locate(Device& device, const FruChoice& choice,
     const bool isWhole =
         choice.noNames ||
         readForNames(device, unnamed, gaps, {record_types::fruLocator});
-    const Locators all = fruLocators();
+    Locators all = fruLocators();
     if (choice.device.empty())
         return all;
     try {

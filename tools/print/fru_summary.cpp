@@ -44,7 +44,7 @@ Part partOf(const FruDevice& device)
 {
     for (const Kind kind : {Kind::PRODUCT, Kind::BOARD, Kind::CHASSIS})
         for (const Ipmi::IpmiFruArea& area : device.contents.areas) {
-            const Part part = area.kind == kind ? partOf(area) : Part{};
+            Part part = area.kind == kind ? partOf(area) : Part{};
             if (!part.isEmpty())
                 return part;
         }

@@ -69,7 +69,7 @@ std::string fieldLabel(Kind kind, const std::string& name)
 
 std::string fruNumber(const FruLocator& locator)
 {
-    const std::string id = std::to_string(locator.deviceId);
+    std::string id = std::to_string(locator.deviceId);
     if (locator.isOwn())
         return id;
     return id + "@0x" + hexByte(locator.address) + "/" +
