@@ -87,10 +87,14 @@ Answer CaptureQuery::ask(Command command, const Bytes& request,
         return {};
     Answer answer = device_.exchange(command, request, target);
     note(answer, target);
+    // As with raw: most likely it is whole.
     if (answer.possiblyCut)
-        miss("an answer to " + hexNumber(command.netFn) + " " +
-             hexNumber(command.code) +
-             " fills the 32 bytes that are kept; it may have been longer");
+        capture_.gaps.push_back(
+            {Status::done,
+             "an answer to " + hexNumber(command.netFn) + " " +
+                 hexNumber(command.code) +
+                 " fills the 32 bytes that are kept; it may have been longer",
+             ""});
     return answer;
 }
 
